@@ -1,0 +1,6 @@
+#include <iostream>
+
+int main() {
+  std::cout << "viewedit\n";
+  return 0;
+}

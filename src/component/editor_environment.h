@@ -1,0 +1,20 @@
+#pragma once
+// Everything the editor reaches outside itself: the host's services, the
+// way to the user (messages and modal dialogs) and the report engine.
+namespace cvve {
+
+class HostServices;
+class ReportEngine;
+namespace ui {
+class Prompter;
+class DialogHost;
+}  // namespace ui
+
+struct EditorEnvironment {
+  HostServices& host;
+  ui::Prompter& prompter;
+  ui::DialogHost& dialogs;
+  ReportEngine* reports = nullptr;  // none: preview shows nothing
+};
+
+}  // namespace cvve

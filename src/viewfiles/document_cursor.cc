@@ -1,0 +1,247 @@
+#include "viewfiles/document_cursor.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sstream>
+#include <unistd.h>
+
+#include "base/error.h"
+
+namespace cvve {
+
+namespace {
+
+constexpr unsigned kParseFlags = pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
+                                 pugi::parse_declaration | pugi::parse_doctype;
+
+XmlNode RequireCurrent(XmlNode node) {
+  if (!node) throw Error("Object variable or With block variable not set");
+  return node;
+}
+
+XmlNode FirstChildElement(XmlNode parent, const std::string& name) {
+  for (XmlNode child = parent.first_child(); child; child = child.next_sibling()) {
+    if (child.type() == pugi::node_element && name == child.name()) return child;
+  }
+  return {};
+}
+
+XmlNode ChildForWriting(XmlNode current, const std::string& name) {
+  RequireCurrent(current);
+  XmlNode child = FirstChildElement(current, name);
+  if (!child) child = current.append_child(name.c_str());
+  if (!child) throw Error("Cannot create element '" + name + "'");
+  while (child.first_child()) child.remove_child(child.first_child());
+  return child;
+}
+
+// Writes the whole buffer to `fd`, retrying short writes.
+bool WriteAll(int fd, const std::string& data) {
+  const char* p = data.data();
+  std::size_t left = data.size();
+  while (left > 0) {
+    ssize_t n = ::write(fd, p, left);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    p += n;
+    left -= static_cast<std::size_t>(n);
+  }
+  return true;
+}
+
+}  // namespace
+
+DocumentCursor::DocumentCursor() = default;
+
+void DocumentCursor::Reset() {
+  ++generation_;
+  doc_.reset();
+  current_ = XmlNode();
+}
+
+bool DocumentCursor::Load(const std::string& path, std::string* error) {
+  ++generation_;
+  doc_.reset();
+  current_ = XmlNode();
+  pugi::xml_parse_result result = doc_.load_file(path.c_str(), kParseFlags);
+  if (!result && error) *error = result.description();
+  return static_cast<bool>(result);
+}
+
+bool DocumentCursor::LoadText(const std::string& text, std::string* error) {
+  ++generation_;
+  doc_.reset();
+  current_ = XmlNode();
+  pugi::xml_parse_result result = doc_.load_buffer(text.data(), text.size(), kParseFlags);
+  if (!result && error) *error = result.description();
+  return static_cast<bool>(result);
+}
+
+std::string DocumentCursor::ToString() const {
+  std::ostringstream out;
+  doc_.save(out, "  ", pugi::format_default, pugi::encoding_utf8);
+  return out.str();
+}
+
+void DocumentCursor::Save(const std::string& path) const {
+  namespace fs = std::filesystem;
+  const std::string text = ToString();
+  fs::path target(path);
+  fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  std::string pattern = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  std::vector<char> temp_name(pattern.begin(), pattern.end());
+  temp_name.push_back('\0');
+  int fd = ::mkstemp(temp_name.data());
+  if (fd < 0) {
+    throw Error("Cannot write '" + path + "': " + std::strerror(errno));
+  }
+  bool ok = WriteAll(fd, text) && ::fsync(fd) == 0;
+  int saved_errno = errno;
+  ok = (::close(fd) == 0) && ok;
+  if (!ok) {
+    ::unlink(temp_name.data());
+    throw Error("Cannot write '" + path + "': " + std::strerror(saved_errno));
+  }
+  // Keep the permissions of the file being replaced, else the usual ones.
+  std::error_code ec;
+  auto perms = fs::exists(target, ec) ? fs::status(target, ec).permissions()
+                                      : (fs::perms::owner_read | fs::perms::owner_write |
+                                         fs::perms::group_read | fs::perms::others_read);
+  fs::permissions(temp_name.data(), perms, ec);
+  if (fs::exists(target, ec)) {
+    // One generation of backup: a hard link keeps the old contents even
+    // after the rename below replaces the name.
+    fs::path backup = target.string() + ".bak";
+    fs::remove(backup, ec);
+    fs::create_hard_link(target, backup, ec);
+    if (ec) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, ec);
+  }
+  if (::rename(temp_name.data(), path.c_str()) != 0) {
+    saved_errno = errno;
+    ::unlink(temp_name.data());
+    throw Error("Cannot write '" + path + "': " + std::strerror(saved_errno));
+  }
+  // Make the rename itself durable.
+  int dir_fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+  if (dir_fd >= 0) {
+    ::fsync(dir_fd);
+    ::close(dir_fd);
+  }
+}
+
+XmlNode DocumentCursor::GoToChild(const std::string& name, bool create) {
+  if (name.empty()) {
+    XmlNode root = doc_.document_element();
+    if (!root && create) root = doc_.append_child(root_name.c_str());
+    current_ = root;
+    return current_;
+  }
+  if (!current_) return {};
+  XmlNode child = FirstChildElement(current_, name);
+  if (!child && create) child = current_.append_child(name.c_str());
+  current_ = child;
+  return current_;
+}
+
+XmlNode DocumentCursor::AddChild(const std::string& name) {
+  RequireCurrent(current_);
+  XmlNode child = current_.append_child(name.c_str());
+  if (!child) throw Error("Cannot add element '" + name + "'");
+  current_ = child;
+  return current_;
+}
+
+std::string DocumentCursor::GetValue(const std::string& name) const {
+  RequireCurrent(current_);
+  return NodeText(FirstChildElement(current_, name));
+}
+
+void DocumentCursor::SetValue(const std::string& name, const std::string& value) {
+  XmlNode child = ChildForWriting(current_, name);
+  if (!value.empty()) child.append_child(pugi::node_pcdata).set_value(value.c_str());
+}
+
+void DocumentCursor::SetValueBlock(const std::string& name, const std::string& value) {
+  XmlNode child = ChildForWriting(current_, name);
+  // "]]>" cannot stand inside one CDATA section: end the section after "]]"
+  // and start the next with ">".
+  std::size_t start = 0;
+  while (start < value.size()) {
+    std::size_t hit = value.find("]]>", start);
+    std::size_t end = hit == std::string::npos ? value.size() : hit + 2;
+    child.append_child(pugi::node_cdata).set_value(value.substr(start, end - start).c_str());
+    start = end;
+  }
+}
+
+std::vector<XmlNode> SelectNodes(XmlNode context, const std::string& xpath) {
+  std::vector<XmlNode> nodes;
+  if (!context) return nodes;
+  try {
+    pugi::xpath_node_set set = context.select_nodes(xpath.c_str());
+    nodes.reserve(set.size());
+    for (const auto& n : set) {
+      if (n.node()) nodes.push_back(n.node());
+    }
+  } catch (const pugi::xpath_exception&) {
+    nodes.clear();  // an expression that does not compile finds nothing
+  }
+  return nodes;
+}
+
+XmlNode SelectSingleNode(XmlNode context, const std::string& xpath) {
+  if (!context) return {};
+  try {
+    return context.select_node(xpath.c_str()).node();
+  } catch (const pugi::xpath_exception&) {
+    return {};
+  }
+}
+
+std::string NodeText(XmlNode node) {
+  if (!node) return {};
+  if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) return node.value();
+  std::string text;
+  // Fast path: the usual element with one text child.
+  XmlNode first = node.first_child();
+  if (first && !first.next_sibling() &&
+      (first.type() == pugi::node_pcdata || first.type() == pugi::node_cdata)) {
+    return first.value();
+  }
+  // Iterative walk: files may nest deeper than the stack would allow.
+  XmlNode cur = first;
+  while (cur) {
+    if (cur.type() == pugi::node_pcdata || cur.type() == pugi::node_cdata) text += cur.value();
+    if (cur.type() == pugi::node_element && cur.first_child()) {
+      cur = cur.first_child();
+      continue;
+    }
+    while (cur != node && !cur.next_sibling()) cur = cur.parent();
+    if (cur == node) break;
+    cur = cur.next_sibling();
+  }
+  return text;
+}
+
+std::string ChildText(XmlNode node, const char* name) {
+  if (!node) return {};
+  for (XmlNode child = node.first_child(); child; child = child.next_sibling()) {
+    if (child.type() == pugi::node_element && std::strcmp(child.name(), name) == 0) {
+      return NodeText(child);
+    }
+  }
+  return {};
+}
+
+void SetNodeText(XmlNode node, const std::string& text) {
+  if (!node) throw Error("Object variable or With block variable not set");
+  while (node.first_child()) node.remove_child(node.first_child());
+  if (!text.empty()) node.append_child(pugi::node_pcdata).set_value(text.c_str());
+}
+
+}  // namespace cvve

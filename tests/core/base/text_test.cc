@@ -1,0 +1,43 @@
+#include "base/text.h"
+
+#include <gtest/gtest.h>
+
+namespace cvve {
+namespace {
+
+TEST(TextTest, ReplaceAllDoesNotRescanWhatItInserted) {
+  struct Case {
+    const char *text, *from, *to, *want;
+  } cases[] = {
+      {"a<b<c", "<", "#@!", "a#@!b#@!c"},
+      {"aaa", "a", "aa", "aaaaaa"},
+      {"CQ:CQ:x", "CQ:", "", "x"},
+      {"abc", "", "x", "abc"},
+      {"", "a", "b", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ReplaceAll(c.text, c.from, c.to), c.want) << c.text;
+}
+
+TEST(TextTest, SplitKeepsEmptyPieces) {
+  EXPECT_EQ(Split("1|a||x|2|30", '|').size(), 6u);
+  EXPECT_EQ(Split("", '|'), std::vector<std::string>{""});
+  EXPECT_EQ(Split("a|", '|'), (std::vector<std::string>{"a", ""}));
+}
+
+TEST(TextTest, NumbersAreLenient) {
+  struct Case {
+    const char* text;
+    double val;
+    bool strict;
+  } cases[] = {{"", 0, false},     {"12", 12, true},   {" 7 ", 7, true},  {"3abc", 3, false},
+               {"abc", 0, false},  {"-2.5", -2.5, true}, {"1.5.1", 1.5, false}};
+  for (const auto& c : cases) {
+    EXPECT_DOUBLE_EQ(Val(c.text), c.val) << c.text;
+    EXPECT_EQ(StrictNumber(c.text).has_value(), c.strict) << c.text;
+  }
+  EXPECT_EQ(RoundedVal("2.5"), 2);  // half to even
+  EXPECT_EQ(RoundedVal("3.5"), 4);
+}
+
+}  // namespace
+}  // namespace cvve
