@@ -1,6 +1,33 @@
+// viewedit: the stand-in for the host application. It opens the profile
+// editor on a file set, drives it headless from a script, prints a profile's
+// statements, runs reports and makes the demo database.
+#include <CLI/CLI.hpp>
+#include <exception>
 #include <iostream>
 
-int main() {
-  std::cout << "viewedit\n";
+#include "commands.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"cvViewEdit: the editor of list and report profiles", "viewedit"};
+  app.require_subcommand(0, 1);
+  viewedit::HostOptions options;
+  viewedit::AddHostOptions(app, options);
+  viewedit::RegisterGuiCommands(app, options);
+  viewedit::RegisterScriptCommand(app, options);
+  viewedit::RegisterSqlCommand(app, options);
+  viewedit::RegisterReportCommands(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e);
+  }
+  try {
+    if (app.get_subcommands().empty()) {
+      return viewedit::OpenEditor(viewedit::EntryMethod::kAcct, {}, options);
+    }
+  } catch (const std::exception& e) {
+    std::cerr << "viewedit: " << e.what() << "\n";
+    return 2;
+  }
   return 0;
 }

@@ -1,0 +1,46 @@
+#pragma once
+// The launcher's sub-commands. Each file registers its own on the CLI11 app;
+// main.cc only puts them together. A command's callback reports a non-zero
+// exit code by throwing CLI::RuntimeError(code) after printing its message.
+#include <CLI/CLI.hpp>
+
+#include "host/host_services.h"
+#include <string>
+#include <vector>
+
+namespace viewedit {
+
+// Options every editor-opening command shares.
+struct HostOptions {
+  std::string views_folder;    // --views-folder, default: the demo data
+  std::string reports_folder;  // --reports-folder, default: the views folder
+  std::string users;           // --users a,b,c (default: users.txt of the views folder)
+  std::string database;        // --database URL for reports
+};
+
+enum class EntryMethod { kAcct, kInv, kEod, kReport, kEdit };
+
+// The host services the options describe (demo data where they say nothing).
+// Throws std::runtime_error with a clear message for a folder that does not exist.
+cvve::DefaultHostServices MakeHost(const HostOptions& options);
+// Adds --views-folder, --reports-folder and --users to a (sub-)command.
+void AddHostOptions(CLI::App& command, HostOptions& options);
+
+// Opens the editor window on a file set (files: VIEWS DEFAULTS SETUP for
+// kEdit) and returns the exit code; without a display it says how to run it
+// (under xvfb-run, or headless with `viewedit script`). (cmd_gui.cc)
+int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
+               const HostOptions& options);
+
+// acct | inv | eod | edit VIEWS DEFAULTS SETUP (cmd_gui.cc). With no
+// sub-command main.cc opens the account views.
+void RegisterGuiCommands(CLI::App& app, HostOptions& options);
+// script FILE|- (cmd_script.cc)
+void RegisterScriptCommand(CLI::App& app, HostOptions& options);
+// sql [--profile NAME] FILESET... (cmd_sql.cc)
+void RegisterSqlCommand(CLI::App& app, HostOptions& options);
+// report [FILE.cvr ...] (cmd_report.cc): without a file it opens the editor in
+// report mode through OpenEditor; and demo-db (cmd_demo_db.cc)
+void RegisterReportCommands(CLI::App& app, HostOptions& options);
+
+}  // namespace viewedit

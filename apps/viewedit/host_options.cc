@@ -1,0 +1,44 @@
+#include <filesystem>
+#include <stdexcept>
+
+#include "base/text.h"
+#include "commands.h"
+
+namespace viewedit {
+
+namespace fs = std::filesystem;
+
+namespace {
+std::string CheckedFolder(const std::string& folder, const char* option) {
+  std::error_code ec;
+  if (!fs::is_directory(folder, ec)) {
+    throw std::runtime_error(std::string(option) + ": '" + folder + "' is not a folder");
+  }
+  return cvve::WithoutTrailingSeparator(fs::absolute(folder).string());
+}
+}  // namespace
+
+cvve::DefaultHostServices MakeHost(const HostOptions& options) {
+  cvve::DefaultHostServices host;
+  if (!options.views_folder.empty()) {
+    host.view_files_folder = CheckedFolder(options.views_folder, "--views-folder");
+    host.reports_base_folder = host.view_files_folder;
+    host.users = cvve::DemoUsers(host.view_files_folder);
+  }
+  if (!options.reports_folder.empty()) {
+    host.reports_base_folder = CheckedFolder(options.reports_folder, "--reports-folder");
+  }
+  if (!options.users.empty()) host.users = cvve::Split(options.users, ',');
+  return host;
+}
+
+void AddHostOptions(CLI::App& command, HostOptions& options) {
+  command.add_option("--views-folder", options.views_folder,
+                     "Folder of the view files (default: the demo data)");
+  command.add_option("--reports-folder", options.reports_folder,
+                     "Folder that holds 'Custom Reports' (default: the views folder)");
+  command.add_option("--users", options.users,
+                     "The host's users, comma-separated (default: users.txt of the views folder)");
+}
+
+}  // namespace viewedit
