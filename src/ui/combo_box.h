@@ -48,7 +48,31 @@ class ComboBox : public Control {
   Handler on_click;   // selection changed
   Handler on_change;  // editable text changed
 
+  // Placement within the container, in twips, for boxes that code moves over
+  // other controls (the in-place value editors). Move keeps the box's height.
+  int Left() const { return left_; }
+  int Top() const { return top_; }
+  int Width() const { return width_; }
+  int Height() const { return height_; }
+  void Move(int left, int top, int width) {
+    left_ = left;
+    top_ = top;
+    width_ = width;
+    Touch();
+  }
+  // Whether code gave the box the keyboard focus; the screen puts the caret
+  // there and reports the loss of focus to the box's owner.
+  bool Focused() const { return focused_; }
+  void SetFocused(bool on) {
+    if (focused_ != on) {
+      focused_ = on;
+      Touch();
+    }
+  }
+
  private:
+  int left_ = 0, top_ = 0, width_ = 1215, height_ = 315;
+  bool focused_ = false;
   Style style_;
   std::vector<Entry> entries_;
   int index_ = -1;
