@@ -105,7 +105,7 @@ TEST(ListViewTest, HitTestFindsRowAndSubItem) {
     int x_px, y_px, row, sub;
   } cases[] = {
       {10, 25, 0, 0},      // first row, caption
-      {250, 25, 0, 2},     // 3750 twips: Data1
+      {350, 25, 0, 2},     // 5250 twips: Data1
       {600, 60, 2, 4},     // 9000 twips, third row: Data2
       {10, 5, -1, -1},     // the header
       {10, 200, -1, -1},   // below the rows
