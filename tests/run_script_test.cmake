@@ -1,0 +1,76 @@
+# One end-to-end script test, run with cmake -P:
+#   -DVIEWEDIT=path/to/viewedit -DSCRIPT=file.script -DDEMO=data/demo -DWORK=scratch folder
+# Copies the demo file sets into WORK (fresh each run), runs
+#   viewedit --views-folder WORK script SCRIPT
+# and fails on a non-zero exit. When SCRIPT has a sibling NAME.expected, the
+# output must equal it, with the WORK path written as $WORK.
+# A Markdown SCRIPT (the documentation) runs each of its ```script blocks in
+# turn, each on a fresh copy of the demo data.
+foreach(var VIEWEDIT SCRIPT DEMO WORK)
+  if(NOT DEFINED ${var})
+    message(FATAL_ERROR "run_script_test.cmake needs -D${var}=...")
+  endif()
+endforeach()
+
+function(run_one script_file expected_file)
+  file(REMOVE_RECURSE "${WORK}")
+  file(MAKE_DIRECTORY "${WORK}")
+  file(COPY "${DEMO}/" DESTINATION "${WORK}")
+  execute_process(COMMAND "${VIEWEDIT}" --views-folder "${WORK}" script "${script_file}"
+                  WORKING_DIRECTORY "${WORK}"
+                  OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "${script_file}: viewedit exited with ${rc}\n${err}\n--- output:\n${out}")
+  endif()
+  if(expected_file AND EXISTS "${expected_file}")
+    string(REPLACE "${WORK}" "$WORK" out "${out}")
+    file(READ "${expected_file}" expected)
+    if(NOT out STREQUAL expected)
+      get_filename_component(work_parent "${WORK}" DIRECTORY)
+      get_filename_component(name "${script_file}" NAME_WE)
+      set(actual_file "${work_parent}/${name}.actual")
+      file(WRITE "${actual_file}" "${out}")
+      message(FATAL_ERROR "${script_file}: output differs from ${expected_file}\n"
+                          "actual output written to ${actual_file}")
+    endif()
+  endif()
+endfunction()
+
+if(SCRIPT MATCHES "\\.md$")
+  # Lines as a CMake list: characters that lists treat specially are masked.
+  file(READ "${SCRIPT}" doc)
+  string(REPLACE ";" "@SEMI@" doc "${doc}")
+  string(REPLACE "[" "@LB@" doc "${doc}")
+  string(REPLACE "]" "@RB@" doc "${doc}")
+  string(REPLACE "\n" ";" doc_lines "${doc}")
+  set(in_block FALSE)
+  set(count 0)
+  set(blocks_dir "${WORK}-blocks")
+  file(REMOVE_RECURSE "${blocks_dir}")
+  file(MAKE_DIRECTORY "${blocks_dir}")
+  foreach(line IN LISTS doc_lines)
+    if(NOT in_block AND line STREQUAL "```script")
+      set(in_block TRUE)
+      math(EXPR count "${count} + 1")
+      set(block "")
+    elseif(in_block AND line STREQUAL "```")
+      set(in_block FALSE)
+      string(REPLACE "@SEMI@" ";" block "${block}")
+      string(REPLACE "@LB@" "[" block "${block}")
+      string(REPLACE "@RB@" "]" block "${block}")
+      file(WRITE "${blocks_dir}/example${count}.script" "${block}")
+    elseif(in_block)
+      string(APPEND block "${line}\n")
+    endif()
+  endforeach()
+  if(count EQUAL 0)
+    message(FATAL_ERROR "${SCRIPT} holds no ```script block")
+  endif()
+  foreach(i RANGE 1 ${count})
+    run_one("${blocks_dir}/example${i}.script" "")
+  endforeach()
+else()
+  get_filename_component(dir "${SCRIPT}" DIRECTORY)
+  get_filename_component(name "${SCRIPT}" NAME_WE)
+  run_one("${SCRIPT}" "${dir}/${name}.expected")
+endif()

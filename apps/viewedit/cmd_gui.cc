@@ -1,8 +1,205 @@
-// PENDING: replaced by the command's implementation.
+// viewedit, viewedit acct|inv|eod and viewedit edit VIEWS DEFAULTS SETUP: the
+// editor window on a file set, as the host's entry methods open it. Without a
+// display the commands say how to run them instead of letting Qt abort.
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "commands.h"
+#include "component/editor_environment.h"
+#include "cvviewedit/cls_view_edit.h"
+
+#if CVVE_WITH_QT
+#include <QApplication>
+#include <QPixmap>
+#include <QTimer>
+
+#include "component/frm_acct_view_edit.h"
+#include "gui/editor_window.h"
+#include "gui/qt_screen.h"
+#include "reportengine/qt_report_engine.h"
+#endif
 
 namespace viewedit {
 
-void RegisterGuiCommands(CLI::App&, HostOptions&) {}
-int OpenEditor(EntryMethod, const std::vector<std::string>&, const HostOptions&) { return 1; }
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kBadOption = 2;
+constexpr int kNoDisplay = 3;
+
+// Hidden: grab the editor window to a PNG once it is shown, then close it
+// without saving (documentation and the launcher's own test).
+std::string& ScreenshotPath() {
+  static std::string path;
+  return path;
+}
+
+// Hidden too: the profile (node text) to select before the grab.
+std::string& ScreenshotNode() {
+  static std::string node;
+  return node;
+}
+
+void AddScreenshotOption(CLI::App& command) {
+  command.add_option("--screenshot", ScreenshotPath(), "Save the window as PNG and close it")
+      ->group("");
+  command.add_option("--screenshot-select", ScreenshotNode(), "Select this node first")
+      ->group("");
+}
+
+const char* EntryName(EntryMethod method) {
+  switch (method) {
+    case EntryMethod::kAcct: return "AcctViewEdit";
+    case EntryMethod::kInv: return "InvViewEdit";
+    case EntryMethod::kEod: return "EODViewEdit";
+    case EntryMethod::kReport: return "ReportEdit";
+    case EntryMethod::kEdit: return "ViewEdit";
+  }
+  return "";
+}
+
+// The setup file the entry method will read, for the warning about a folder
+// that lacks it ("" when the method names none).
+std::string SetupFileOf(EntryMethod method, const std::vector<std::string>& files) {
+  switch (method) {
+    case EntryMethod::kAcct: return "viewsetup.xml";
+    case EntryMethod::kInv: return "v_invsetup.xml";
+    case EntryMethod::kEod: return "eodsetup.xml";
+    case EntryMethod::kReport: return "reportsetup.xml";
+    case EntryMethod::kEdit: return files.size() == 3 ? files[2] : std::string();
+  }
+  return {};
+}
+
+}  // namespace
+
+int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
+               const HostOptions& options) {
+#if CVVE_WITH_QT
+  cvve::DefaultHostServices host;
+  try {
+    host = MakeHost(options);
+  } catch (const std::exception& e) {
+    std::cerr << "viewedit: " << e.what() << "\n";
+    return kBadOption;
+  }
+  if (!cvve::gui::HasDisplay()) {
+    std::cerr << "viewedit: there is no display to open the editor window on (DISPLAY and "
+                 "WAYLAND_DISPLAY are not set).\n"
+                 "  Run it under a virtual display:   xvfb-run viewedit ...\n"
+                 "  or drive the editor without one:  viewedit script FILE  (see viewedit "
+                 "script --help)\n";
+    return kNoDisplay;
+  }
+  if (method == EntryMethod::kEdit && files.size() != 3) {
+    std::cerr << "viewedit edit: give the three files VIEWS DEFAULTS SETUP\n";
+    return kBadOption;
+  }
+  const std::string setup = SetupFileOf(method, files);
+  std::error_code ec;
+  if (!setup.empty() && !std::filesystem::is_regular_file(host.view_files_folder + "/" + setup, ec)) {
+    std::cerr << "viewedit: warning: " << setup << " is not in " << host.view_files_folder
+              << "; the editor will offer no data sets\n";
+  }
+
+  static int argc = 1;
+  static char name[] = "viewedit";
+  static char* argv[] = {name, nullptr};
+  std::unique_ptr<QApplication> app;
+  if (QApplication::instance() == nullptr) app = std::make_unique<QApplication>(argc, argv);
+  QApplication::setApplicationName("cvViewEdit");
+
+  cvve::reportengine::EngineSettings engine;
+  engine.database = options.database;
+  cvve::gui::QtScreen screen(std::make_unique<cvve::reportengine::QtReportEngine>(engine));
+  cvve::EditorEnvironment env{host, screen.prompter(), screen.dialogs(), screen.reports()};
+
+  int code = 0;
+  const std::string screenshot = ScreenshotPath();
+  if (!screenshot.empty()) {
+    const std::string select = ScreenshotNode();
+    screen.qt_dialogs().on_editor_shown = [screenshot, select,
+                                           &code](cvve::gui::EditorWindow& window) {
+      if (!select.empty()) {
+        window.binder().Act([&window, &select] {
+          cvve::ui::TreeView& tree = window.editor().tvwViews;
+          const auto& found = tree.FindText(select);
+          if (!found.empty()) tree.UserSelect(found.front());
+        });
+      }
+      // Let the layout settle and paint before the grab.
+      QTimer::singleShot(400, &window, [&window, screenshot, &code] {
+        if (!window.grab().save(QString::fromStdString(screenshot), "PNG")) {
+          std::cerr << "viewedit: cannot write the screenshot " << screenshot << "\n";
+          code = kFailed;
+        }
+        window.binder().Act([&window] { window.editor().cmdCancel.Click(); });
+      });
+    };
+  }
+
+  cvve::clsViewEdit component(env);
+  try {
+    switch (method) {
+      case EntryMethod::kAcct: component.AcctViewEdit(); break;
+      case EntryMethod::kInv: component.InvViewEdit(); break;
+      case EntryMethod::kEod: component.EODViewEdit(); break;
+      case EntryMethod::kReport: component.ReportEdit(); break;
+      case EntryMethod::kEdit: component.ViewEdit(files[0], files[1], files[2]); break;
+    }
+  } catch (const std::exception& e) {
+    std::cerr << "viewedit: " << EntryName(method) << " failed: " << e.what() << "\n";
+    return kFailed;
+  }
+  return code;
+#else
+  (void)method;
+  (void)files;
+  (void)options;
+  std::cerr << "viewedit: this build has no editor window (configure with -DCVVE_WITH_QT=ON); "
+               "drive the editor with `viewedit script FILE`\n";
+  return kNoDisplay;
+#endif
+}
+
+void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
+  AddScreenshotOption(app);
+  const struct {
+    const char* name;
+    EntryMethod method;
+    const char* help;
+  } kViews[] = {
+      {"acct", EntryMethod::kAcct,
+       "Edit the account views (acctviews.xml, acctviewsdef.xml, viewsetup.xml)"},
+      {"inv", EntryMethod::kInv,
+       "Edit the inventory views (v_invviews.xml, v_invdef.xml, v_invsetup.xml)"},
+      {"eod", EntryMethod::kEod,
+       "Edit the end-of-day views (eodviews.xml, eoddef.xml, eodsetup.xml)"},
+  };
+  for (const auto& view : kViews) {
+    CLI::App* command = app.add_subcommand(view.name, view.help);
+    AddHostOptions(*command, options);
+    AddScreenshotOption(*command);
+    const EntryMethod method = view.method;
+    command->callback([method, &options] {
+      const int code = OpenEditor(method, {}, options);
+      if (code != 0) throw CLI::RuntimeError(code);
+    });
+  }
+  auto files = std::make_shared<std::vector<std::string>>();
+  CLI::App* edit = app.add_subcommand(
+      "edit", "Edit the views of any file set: VIEWS DEFAULTS SETUP, file names in the views "
+              "folder");
+  AddHostOptions(*edit, options);
+  AddScreenshotOption(*edit);
+  edit->add_option("FILES", *files, "The views, defaults and setup file")->expected(3)->required();
+  edit->callback([files, &options] {
+    const int code = OpenEditor(EntryMethod::kEdit, *files, options);
+    if (code != 0) throw CLI::RuntimeError(code);
+  });
+}
+
 }  // namespace viewedit

@@ -179,7 +179,19 @@ void frmAcctViewEdit::cmdOK_Click() {
         ui::Buttons::kYesNoCancel, ui::Icon::kQuestion, "Save Changes");
     if (answer == ui::Answer::kCancel) return;
     ProfileChanged = false;
-    if (answer == ui::Answer::kYes) SaveProfile(*this);
+    if (answer == ui::Answer::kYes) {
+      try {
+        SaveProfile(*this);
+      } catch (const std::exception& e) {
+        ProfileChanged = true;
+        Prompt().MsgBox(std::string("Error in cmdOK_Click: ") + kCrLf + kCrLf + Describe(e),
+                        ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+        return;
+      }
+      // A report whose files could not be written keeps the editor open
+      // (the save said why), so the changes are not lost.
+      if (ProfileChanged) return;
+    }
   }
   if (!InReportMode()) {
     try {

@@ -31,7 +31,11 @@ class frmAcctViewEdit : public ui::Form {
 
   EditorEnvironment& Env() { return env_; }
   HostServices& Host() { return env_.host; }
-  ui::Prompter& Prompt() { return env_.prompter; }
+  ui::Prompter& Prompt() { return prompter_override_ ? *prompter_override_ : env_.prompter; }
+  // While set, Prompt() answers through `prompter` instead of the
+  // environment's (nullptr restores it): the statement pane builds statements
+  // without showing their messages.
+  void SetPrompterOverride(ui::Prompter* prompter) { prompter_override_ = prompter; }
 
   // 0 view mode, anything else report mode. Writing rearranges the window.
   std::int16_t ReportMode() const { return report_mode_; }
@@ -134,6 +138,7 @@ class frmAcctViewEdit : public ui::Form {
   XmlNode current_profile_node_;
   const DocumentCursor* current_profile_owner_ = nullptr;
   std::uint64_t current_profile_generation_ = 0;
+  ui::Prompter* prompter_override_ = nullptr;
 };
 
 }  // namespace cvve

@@ -21,8 +21,7 @@ void LoadFilters(frmAcctViewEdit& ed);
 // row with neither a saved value nor a default keeps what it showed.
 void ApplyFilterChecks(frmAcctViewEdit& ed);
 // 1-based row; a row outside FilterRowColor throws cvve::Error.
-void SetFilterRowColor(frmAcctViewEdit& ed, int row, std::int16_t input_count,
-                       std::int32_t color);
+void SetFilterRowColor(frmAcctViewEdit& ed, int row, std::int16_t input_count, std::int32_t color);
 // The user's click on a row's check box: marks the profile changed and
 // selects the row.
 void lstFilters_ItemCheck(frmAcctViewEdit& ed, int row);

@@ -1,17 +1,228 @@
-// PENDING: replaced by the subsystem implementation.
-#pragma GCC diagnostic ignored "-Wunused-parameter"
 #include "profiles/profile_loader.h"
 
+#include <cmath>
+#include <exception>
+#include <optional>
+#include <vector>
+
 #include "base/error.h"
+#include "base/text.h"
+#include "component/frm_acct_view_edit.h"
+#include "filters/filter_list.h"
+#include "profiles/views_tree.h"
+#include "ui/prompter.h"
+#include "variables/variable_commands.h"
+#include "viewfiles/profile_record.h"
 
 namespace cvve {
 
-void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
-  throw Error("LoadProfile is not built yet");
+namespace {
+
+// A stored number as the host converts it: 0 for text that is no number.
+int StoredInt(const std::string& text) { return static_cast<int>(RoundedVal(text)); }
+
+// The two failures that end a load show this; all others are skipped.
+void ShowLoadError(frmAcctViewEdit& ed, const std::exception& e) {
+  ResumeNext([&] {
+    ed.Prompt().MsgBox(
+        std::string("There was an error loading this profile:") + kCrLf + kCrLf + Describe(e),
+        ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+  });
 }
 
+void ListUsedColumns(frmAcctViewEdit& ed, DocumentCursor& custom) {
+  ed.lstAvailColumns.SetVisible(false);
+  ed.lstUsedColumns.SetVisible(false);
+  custom.GoToChild("Columns");
+  for (XmlNode column = custom.GoToChild("Column"); column; column = NextSibling(column)) {
+    XmlNode name = column.child("Name");
+    if (!name) continue;
+    const std::string text = NodeText(name);
+    ed.lstUsedColumns.AddItem(text);
+    std::vector<int> offered = ed.lstAvailColumns.FindAll(text);
+    for (auto it = offered.rbegin(); it != offered.rend(); ++it) ed.lstAvailColumns.RemoveItem(*it);
+  }
+  for (ui::ComboBox& sort : ed.cmbSort) sort.Clear();
+  for (const std::string& used : ed.lstUsedColumns.Items()) {
+    for (ui::ComboBox& sort : ed.cmbSort) sort.AddItem(used);
+  }
+  ed.lstAvailColumns.SetVisible(true);
+  ed.lstUsedColumns.SetVisible(true);
+}
+
+}  // namespace
+
 void EnableProfileControls(frmAcctViewEdit& ed, int kind) {
-  throw Error("EnableProfileControls is not built yet");
+  const bool editable = kind == 2;
+  ed.cmbAcctViewType.SetEnabled(editable);
+  ed.cmbDataSet.SetEnabled(editable);
+  ed.optFilter.SetEnabled(editable);
+  ed.lstFilters.SetEnabled(editable);
+  ed.cmdAdvancedFilter.SetEnabled(editable);
+  ed.lstvwTabs.SetEnabled(true);
+  // What a profile of any kind may change, disabled while no node is chosen.
+  for (ui::Control* control : std::initializer_list<ui::Control*>{
+           &ed.lstAvailColumns, &ed.lstUsedColumns, &ed.cmdAddForm, &ed.cmdRemoveForm,
+           &ed.cmdRemoveAll, &ed.cmdMove[0], &ed.cmdMove[1], &ed.fraInstructions}) {
+    control->SetEnabled(true);
+  }
+  // The set option's click puts the filter controls in step with the mode.
+  if (editable) ed.optFilter.SetValue(ed.optFilter.SetIndex());
+}
+
+void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
+  DocumentCursor* base = nullptr;
+  DocumentCursor* custom = nullptr;
+  std::string data_set;
+
+  // Steps 1 to 4 and the reading of the data set: a failure ends the load.
+  try {
+    ed.ClearProfile();
+    ed.txtCurrProf.SetText(name);
+
+    const int kind = ProfileKind(ed, name);
+    switch (kind) {
+      case 0:
+        SelectProfile(ed, name);
+        base = custom = &ed.DefaultsDoc;
+        break;
+      case 1:
+        SelectProfile(ed, name);
+        SelectProfileCustom(ed, name);
+        base = &ed.DefaultsDoc;
+        custom = &ed.ViewsDoc;
+        break;
+      case 2:
+        SelectProfileCustom(ed, name);
+        base = custom = &ed.ViewsDoc;
+        break;
+      default:
+        break;  // no node of that name: no record either
+    }
+
+    EnableProfileControls(ed, kind);
+
+    if (!base || !base->CurrentNode()) {
+      ResumeNext([&] {
+        ed.Prompt().MsgBox(
+            "An error was encounted loading this profile.  If this persists, you may need to "
+            "delete this profile and recreate it.",
+            ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+      });
+      return;
+    }
+    data_set = base->GetValue("DataSet");
+  } catch (const std::exception& e) {
+    ShowLoadError(ed, e);
+    return;
+  }
+
+  // From here a failing step is skipped, until the used columns are listed.
+  // Choosing the data set reloads its columns and filters, which moves the
+  // cursors; they are put back afterwards.
+  const XmlNode base_node = base->CurrentNode();
+  const XmlNode custom_node = custom->CurrentNode();
+  ResumeNext([&] { ed.cmbDataSet.SetListIndex(-1); });
+  ResumeNext([&] { ed.cmbDataSet.SetText(data_set); });
+  ResumeNext([&] {
+    if (ed.cmbDataSet.FindText(data_set) < 0) ed.cmbDataSet.SetListIndex(0);
+  });
+  base->SetCurrentNode(base_node);
+  custom->SetCurrentNode(custom_node);
+
+  const char* const kDirection[] = {"SortASCDESC", "SortASCDESC2"};
+  for (int i = 0; i < 2; ++i) {
+    ui::ComboBox& direction = ed.cmbSortASCDESC[static_cast<std::size_t>(i)];
+    ResumeNext([&] { direction.SetListIndex(0); });
+    ResumeNext([&] { direction.SetText(custom->GetValue(kDirection[i])); });
+  }
+
+  std::string sort_by, sort_by2;
+  ResumeNext([&] { sort_by = custom->GetValue("SortBy"); });
+  ResumeNext([&] { sort_by2 = custom->GetValue("SortBy2"); });
+  for (ui::ComboBox& sort : ed.cmbSort) ResumeNext([&] { sort.SetListIndex(0); });
+
+  ResumeNext([&] { ed.chkSortGroup.SetValue(StoredInt(custom->GetValue("DoGrouping"))); });
+  ResumeNext([&] { ed.chkAverages.SetValue(StoredInt(custom->GetValue("DoAverages"))); });
+  ResumeNext([&] { ed.chkTotals.SetValue(StoredInt(custom->GetValue("DoTotals"))); });
+  ResumeNext([&] { ed.chkShowLineCount.SetValue(StoredInt(custom->GetValue("DoLineCount"))); });
+
+  ResumeNext(
+      [&] { ed.cmbOrientation.SetListIndex(StoredInt(custom->GetValue("PageOrientation"))); });
+  ResumeNext([&] { ed.cmbPageSize.SetListIndex(StoredInt(custom->GetValue("PageSize"))); });
+  ResumeNext([&] { ed.chkMultiLine.SetValue(StoredInt(custom->GetValue("PageMultiLine"))); });
+
+  ResumeNext([&] { ed.Variables().ClearForm(); });
+  std::string first_name, second_name;
+  ResumeNext([&] { first_name = custom->GetValue("Var0Name"); });
+  ResumeNext([&] { second_name = custom->GetValue("Var1Name"); });
+  ResumeNext([&] {
+    ed.chkStartEnd.SetValue(first_name == "START_DATE" && second_name == "END_DATE" ? 1 : 0);
+  });
+  for (int slot = 0; slot < kVariableSlots; ++slot) {
+    const std::string prefix = "Var" + std::to_string(slot);
+    std::string caption, type, var_name;
+    ResumeNext([&] { caption = custom->GetValue(prefix + "Caption"); });
+    ResumeNext([&] { type = custom->GetValue(prefix + "Type"); });
+    ResumeNext([&] { var_name = custom->GetValue(prefix + "Name"); });
+    ResumeNext([&] { ed.Variables().SetVariable(slot, caption, type, var_name); });
+  }
+  ResumeNext([&] { FillVariableChoices(ed); });
+
+  // The used columns and the sort drop-downs built from them: a failure ends the load.
+  try {
+    ListUsedColumns(ed, *custom);
+  } catch (const std::exception& e) {
+    ShowLoadError(ed, e);
+    return;
+  }
+  // Walking the columns left the custom cursor below the record; the steps
+  // after it read the record again.
+  base->SetCurrentNode(base_node);
+  custom->SetCurrentNode(custom_node);
+
+  // A name that is not a used column leaves the first entry.
+  for (ui::ComboBox& sort : ed.cmbSort) ResumeNext([&] { sort.SetListIndex(0); });
+  ResumeNext([&] { ed.cmbSort[0].SetText(sort_by); });
+  ResumeNext([&] { ed.cmbSort[1].SetText(sort_by2); });
+
+  ResumeNext([&] {
+    const std::string tabs = custom->GetValue("Tabs");
+    for (int row = 1; row <= ed.lstvwTabs.ItemCount(); ++row) ed.lstvwTabs.SetChecked(row, false);
+    for (const std::string& id : Split(tabs, ',')) {
+      ResumeNext([&] {
+        int row = ed.lstvwTabs.FindKey("T" + id);
+        if (row == 0) throw Error("Element not found");
+        ed.lstvwTabs.SetChecked(row, true);
+      });
+    }
+  });
+
+  ResumeNext([&] {
+    const long view_type = static_cast<long>(RoundedVal(base->GetValue("AcctViewType")));
+    for (int i = 0; i < ed.cmbAcctViewType.ListCount(); ++i) {
+      if (ed.cmbAcctViewType.ItemData(i) == view_type) {
+        ed.cmbAcctViewType.SetListIndex(i);
+        break;
+      }
+    }
+  });
+
+  // Empty or non-numeric text fails the whole-number conversion: the option
+  // buttons keep their state.
+  ResumeNext([&] {
+    std::optional<double> filter_type = StrictNumber(base->GetValue("FilterType"));
+    if (!filter_type) throw Error("Type mismatch");
+    const double index = std::nearbyint(*filter_type);  // half to even, as the host rounds
+    if (std::fabs(index) > 32767) throw Error("Overflow");
+    ed.optFilter.SetValue(static_cast<int>(index));
+  });
+
+  ed.CurrentProfileName = name;
+  ResumeNext([&] { ed.DataSetSQL = base->GetValue("SQL"); });
+
+  ResumeNext([&] { LoadFilters(ed); });
+  ed.ProfileChanged = false;
 }
 
 }  // namespace cvve

@@ -40,10 +40,12 @@ std::string FillCommon(std::string statement, const std::string& fields, const s
 
 }  // namespace
 
+// DataSetSQL held the template once, but a loaded profile or the advanced
+// edit has replaced it since; it serves only when the data set is gone.
 std::string DataSetTemplate(frmAcctViewEdit& ed) {
   XmlNode data_set = SelectSingleNode(
       ed.SetupDoc.Root(), "DataSets/DataSet[Name='" + ed.cmbDataSet.Text() + "']");
-  return ChildText(data_set, "SQL");
+  return data_set ? ChildText(data_set, "SQL") : ed.DataSetSQL;
 }
 
 std::string BuildFieldList(frmAcctViewEdit& ed) {

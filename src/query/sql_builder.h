@@ -18,7 +18,9 @@ std::string BuildFieldList(frmAcctViewEdit& ed);
 std::string BuildWhereList(frmAcctViewEdit& ed);
 // "CQ:" + the data set's template filled from the controls, or "CQ:" + the
 // advanced text (DataSetSQL) when that mode is chosen and the template is
-// not forced.
+// not forced. The template is the chosen data set's SQL in the setup file
+// (DataSetSQL only when the data set is not found there), since a loaded
+// profile replaces DataSetSQL with its stored text.
 std::string BuildViewSQL(frmAcctViewEdit& ed, bool forceTemplate);
 // The grouped report's statement as a report-language string expression:
 // "\"CQ:" + statement + "\"", grouped on the first sort column and ordered
@@ -26,8 +28,8 @@ std::string BuildViewSQL(frmAcctViewEdit& ed, bool forceTemplate);
 std::string BuildReportSQL(frmAcctViewEdit& ed, bool forceTemplate);
 // The report engine's name of a field: table prefixes dropped, "INV_INFO." put in front.
 std::string QualifyReportField(const std::string& field);
-// The SQL template of the data set chosen in cmbDataSet, read from the setup
-// file; "" when the data set or its template is missing.
+// The template of the data set chosen in cmbDataSet as the setup file gives
+// it; DataSetSQL when the data set is not found there.
 std::string DataSetTemplate(frmAcctViewEdit& ed);
 
 }  // namespace cvve

@@ -1,12 +1,27 @@
 #pragma once
 // Writes the profile on screen as a report definition (.cvr) for the report
-// engine. Failures show "Error in SaveReportFile: " and the description.
+// engine, in the format of docs/cvr-format.md, and the rule for which
+// profile names can become report file names.
 #include <string>
 
 namespace cvve {
 
 class frmAcctViewEdit;
 
-void SaveReportFile(frmAcctViewEdit& ed, const std::string& path);
+// Writes the file atomically (the old file stays whole on failure). Any
+// failure, in building the statements or in writing, shows "Error in
+// SaveReportFile: " and the description, and returns false.
+bool SaveReportFile(frmAcctViewEdit& ed, const std::string& path);
+
+// The view statement turned into an expression of the report language:
+// quoted, every '"' doubled, every "#@!$NAME!@#" opened as `" + $NAME + "`.
+std::string ViewStatementExpression(const std::string& view_sql);
+
+// False for a name that cannot be a file name in the Custom Reports folder:
+// empty, containing "/" or NUL, starting with "." (so "." and ".." too), or
+// longer than 200 bytes.
+bool IsUsableReportName(const std::string& name);
+// Refuses such a name with a message; true when the name is usable.
+bool CheckReportName(frmAcctViewEdit& ed, const std::string& name);
 
 }  // namespace cvve

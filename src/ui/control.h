@@ -27,6 +27,9 @@ class Control {
     if (visible_ != on) { visible_ = on; Touch(); }
   }
   std::uint64_t Revision() const { return revision_; }
+  // Asks the screen to redraw the control although its model did not change
+  // (its painting depends on state held elsewhere).
+  void Refresh() { Touch(); }
 
  protected:
   void Touch() { ++revision_; }

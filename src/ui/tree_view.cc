@@ -128,6 +128,55 @@ void TreeView::EnsureVisible(NodeId id) {
   for (NodeId p = Node(id).parent; p != kNoNode; p = Node(p).parent) SetExpanded(p, true);
 }
 
+void TreeView::RemoveChildren(NodeId parent) {
+  if (!Exists(parent)) throw Error("Element not found");
+  std::vector<bool> removed(nodes_.size(), false);
+  std::vector<NodeId> stack(Children(parent).begin(), Children(parent).end());
+  if (stack.empty()) return;
+  while (!stack.empty()) {
+    NodeId id = stack.back();
+    stack.pop_back();
+    removed[static_cast<std::size_t>(id)] = true;
+    const auto& kids = children_[static_cast<std::size_t>(id + 1)];
+    stack.insert(stack.end(), kids.begin(), kids.end());
+  }
+  // Compact the nodes and renumber every reference to them.
+  std::vector<NodeId> remap(nodes_.size(), kNoNode);
+  std::vector<TreeNode> kept;
+  for (std::size_t i = 0; i < nodes_.size(); ++i) {
+    if (removed[i]) continue;
+    remap[i] = static_cast<NodeId>(kept.size());
+    kept.push_back(std::move(nodes_[i]));
+  }
+  auto renumber = [&remap](NodeId id) {
+    return id == kNoNode ? kNoNode : remap[static_cast<std::size_t>(id)];
+  };
+  std::vector<std::vector<NodeId>> kids(kept.size() + 1);
+  std::vector<bool> unsorted(kept.size() + 1, false);
+  for (std::size_t slot = 0; slot < children_.size(); ++slot) {
+    NodeId owner = static_cast<NodeId>(slot) - 1;
+    if (owner != kNoNode && removed[static_cast<std::size_t>(owner)]) continue;
+    auto new_slot = static_cast<std::size_t>(renumber(owner) + 1);
+    for (NodeId child : children_[slot]) {
+      if (!removed[static_cast<std::size_t>(child)]) kids[new_slot].push_back(renumber(child));
+    }
+    unsorted[new_slot] = unsorted_[slot];
+  }
+  nodes_ = std::move(kept);
+  children_ = std::move(kids);
+  unsorted_ = std::move(unsorted);
+  by_key_.clear();
+  by_text_.clear();
+  for (std::size_t i = 0; i < nodes_.size(); ++i) {
+    TreeNode& node = nodes_[i];
+    node.parent = renumber(node.parent);
+    if (!node.key.empty()) by_key_[node.key] = static_cast<NodeId>(i);
+    by_text_[node.text].push_back(static_cast<NodeId>(i));
+  }
+  selected_ = renumber(selected_);
+  Touch();
+}
+
 void TreeView::SetSelectedNode(NodeId id) {
   if (id != kNoNode && !Exists(id)) throw Error("Element not found");
   selected_ = id;

@@ -58,6 +58,10 @@ class TreeView : public Control {
   void SetExpanded(NodeId id, bool expanded);
   // Expands every ancestor so the node can be seen.
   void EnsureVisible(NodeId id);
+  // Removes every descendant of `parent` (which stays). The ids of the nodes
+  // added after a removed one shift down; a removed selected node leaves no
+  // selection. Throws cvve::Error for a parent that does not exist.
+  void RemoveChildren(NodeId parent);
 
   NodeId SelectedNode() const { return selected_; }
   // Selection by code fires nothing; a user's click goes through UserSelect.

@@ -49,7 +49,7 @@ TEST(LoadFilesTest, ExtensionRulesDecideWhatLoads) {
   };
   for (const auto& c : cases) {
     HeadlessEditor h;
-    h.dir.Write(c.views_name, kViews);
+    if (std::string(c.views_name).rfind("missing", 0) != 0) h.dir.Write(c.views_name, kViews);
     if (std::string(c.setup_name).rfind("missing", 0) != 0) h.dir.Write(c.setup_name, kSetup);
     h->SetReportMode(0);
     h->LoadFiles(c.views_name, "defs.xml", c.setup_name);

@@ -39,9 +39,11 @@ TEST(ProfileRecordTest, ApostrophesAndReloadsLoseTheRecord) {
          "<ViewSetup/>");
   EXPECT_FALSE(SelectProfileCustom(*h, "Bob's"));
   EXPECT_TRUE(FindProfileElement(h->ViewsDoc, "Bob's"));  // walking finds it
-  h.dir.Write("views.xml", "<Views><Profiles><Profile><Name>X</Name></Profile></Profiles></Views>");
+  std::string path =
+      h.dir.Write("views.xml", "<Views><Profiles><Profile><Name>X</Name></Profile></Profiles></Views>");
+  h->ViewsDoc.Load(path);
   ASSERT_TRUE(SelectProfileCustom(*h, "X"));
-  h->ViewsDoc.Load((h.dir.Path() / "views.xml").string());
+  h->ViewsDoc.Load(path);
   EXPECT_FALSE(h->CurrentProfileNode());  // the old handle is not handed out
 }
 

@@ -1,0 +1,108 @@
+#pragma once
+// The editor window (frmAcctViewEdit) on Qt Widgets. It lays the controls out
+// in the numbered steps a user follows and binds each widget to its control
+// model; the widget's object name is the control's name. User actions go to
+// the models' entry points through the Binder, which refreshes what changed.
+// The window keeps the filter list's metrics in the model (twips), so hit
+// tests and the in-place editors' placement match what is drawn.
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+#include "gui/binder.h"
+
+class QBoxLayout;
+class QComboBox;
+class QSpacerItem;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QStyledItemDelegate;
+class QTreeView;
+
+namespace cvve {
+class frmAcctViewEdit;
+}
+
+namespace cvve::gui {
+
+class FilterCellDelegate;
+
+class EditorWindow : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit EditorWindow(frmAcctViewEdit& ed, QWidget* parent = nullptr);
+  ~EditorWindow() override;
+
+  frmAcctViewEdit& editor() { return ed_; }
+  Binder& binder() { return binder_; }
+  QTreeView* filterList() const { return filters_; }
+  // The widget that holds lstFilters and its two in-place editors.
+  QWidget* filterArea() const { return filter_area_; }
+  // 1: txtData1LV, 2: txtData2LV.
+  QComboBox* valueEditor(int which) const { return which == 1 ? value1_ : value2_; }
+  QPlainTextEdit* statementPane() const { return statement_; }
+  QLineEdit* searchBox() const { return search_; }
+  bool cellPainterShown() const;
+
+  // Called once the model's form is hidden (OK or Cancel finished).
+  std::function<void()> on_closed;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void BuildLayout();
+  void BindModels();
+  void SetTabOrder();
+  void AddShortcuts();
+  bool ApplyReportMode();
+  void AfterRefresh();
+  void UpdateFilterMetrics();
+  void PlaceValueEditor(int which);
+  bool ValueEditorEvent(int which, QEvent* event);
+  void FilterMousePress(QMouseEvent* event);
+  void ToggleCheck(QTreeView* view, ui::ListView& list);
+
+  frmAcctViewEdit& ed_;
+  Binder binder_;
+  std::function<void(const char* button)> tree_key_;
+  std::optional<bool> shown_report_mode_;
+
+  // Step 1
+  QGroupBox* step1_ = nullptr;
+  QLineEdit* search_ = nullptr;
+  QTreeView* tree_ = nullptr;
+  QLabel* current_label_ = nullptr;
+  QLineEdit* current_profile_ = nullptr;
+  // Steps 2 to 7 (the instruction frame)
+  QWidget* instructions_ = nullptr;
+  QLabel* folder_label_ = nullptr;
+  QComboBox* folder_ = nullptr;
+  QComboBox* data_set_ = nullptr;
+  QGroupBox* step3_ = nullptr;
+  QTreeView* tabs_ = nullptr;
+  QGroupBox* step7_ = nullptr;
+  QBoxLayout* col_b_ = nullptr;
+  QSpacerItem* col_b_spacer_ = nullptr;
+  QWidget* page_panel_ = nullptr;
+  QWidget* filter_area_ = nullptr;
+  QTreeView* filters_ = nullptr;
+  QComboBox* value1_ = nullptr;
+  QComboBox* value2_ = nullptr;
+  FilterCellDelegate* cell_delegate_ = nullptr;
+  QStyledItemDelegate* plain_delegate_ = nullptr;
+  QPlainTextEdit* statement_ = nullptr;
+  QLabel* changed_ = nullptr;
+  QPushButton* export_ = nullptr;
+  QPushButton* preview_ = nullptr;
+  QPushButton* save_ = nullptr;
+};
+
+}  // namespace cvve::gui

@@ -1,0 +1,107 @@
+#include "reportengine/page_renderer.h"
+
+#include <QFile>
+#include <QPdfWriter>
+#include <QPrinter>
+#include <array>
+#include <cmath>
+
+#include "base/error.h"
+
+namespace cvve::reportengine {
+
+void RenderPage(QPainter& painter, const ReportLayout& layout, int index, const QRect& target) {
+  if (index < 0 || index >= static_cast<int>(layout.pages.size())) return;
+  const double scale = layout.font_scale;
+  const std::array<QFont, 6> fonts = {
+      LayoutFont(FontRole::kTitle, scale),        LayoutFont(FontRole::kHeader, scale),
+      LayoutFont(FontRole::kColumnHeader, scale), LayoutFont(FontRole::kBody, scale),
+      LayoutFont(FontRole::kGroupHeading, scale), LayoutFont(FontRole::kSummary, scale)};
+  const PageDescription& page = layout.pages[static_cast<std::size_t>(index)];
+  painter.save();
+  painter.translate(target.topLeft());
+  painter.scale(target.width() / layout.width, target.height() / layout.height);
+  painter.setPen(Qt::black);
+  for (const PageLine& line : page.lines) {
+    painter.setPen(QPen(Qt::black, line.width));
+    painter.drawLine(QPointF(line.x1, line.y1), QPointF(line.x2, line.y2));
+  }
+  painter.setPen(Qt::black);
+  int current = -1;
+  for (const PageText& text : page.texts) {
+    const int role = static_cast<int>(text.font);
+    if (role != current) {
+      painter.setFont(fonts[static_cast<std::size_t>(role)]);
+      current = role;
+    }
+    painter.drawText(QPointF(text.x, text.y), text.text);
+  }
+  painter.restore();
+}
+
+QImage RenderPageImage(const ReportLayout& layout, int index, double dpi) {
+  const QSize size(static_cast<int>(std::lround(layout.width / 1440.0 * dpi)),
+                   static_cast<int>(std::lround(layout.height / 1440.0 * dpi)));
+  QImage image(size, QImage::Format_RGB32);
+  image.setDotsPerMeterX(static_cast<int>(std::lround(dpi / 0.0254)));
+  image.setDotsPerMeterY(static_cast<int>(std::lround(dpi / 0.0254)));
+  image.fill(Qt::white);
+  QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  RenderPage(painter, layout, index, QRect(QPoint(0, 0), size));
+  return image;
+}
+
+void WritePdf(const ReportLayout& layout, const QString& path, const ProgressFunction& progress) {
+  {
+    // QPdfWriter only warns on the console when it cannot open its file.
+    QFile probe(path);
+    if (!probe.open(QIODevice::WriteOnly)) {
+      throw Error("cannot write " + path.toStdString() + ": " + probe.errorString().toStdString());
+    }
+  }
+  const int count = static_cast<int>(layout.pages.size());
+  try {
+    QPdfWriter writer(path);
+    writer.setPageLayout(layout.PageLayout());
+    writer.setTitle(layout.title);
+    writer.setCreator(QStringLiteral("cvViewEdit report engine"));
+    QPainter painter;
+    if (!painter.begin(&writer)) throw Error("cannot write " + path.toStdString());
+    const QRect target(0, 0, writer.width(), writer.height());
+    for (int i = 0; i < count; ++i) {
+      if (progress && !progress(QStringLiteral("Writing PDF"), i, count)) throw Cancelled();
+      if (i > 0) writer.newPage();
+      RenderPage(painter, layout, i, target);
+    }
+    if (!painter.end()) throw Error("cannot finish " + path.toStdString());
+  } catch (...) {
+    QFile::remove(path);
+    throw;
+  }
+}
+
+void PrintLayout(const ReportLayout& layout, QPrinter& printer, int first, int last,
+                 const ProgressFunction& progress) {
+  const int count = static_cast<int>(layout.pages.size());
+  if (first <= 0) first = 1;
+  if (last <= 0 || last > count) last = count;
+  printer.setPageLayout(layout.PageLayout());
+  printer.setFullPage(true);
+  printer.setDocName(layout.title);
+  QPainter painter;
+  if (!painter.begin(&printer)) throw Error("the printer cannot be used");
+  const QRect target(0, 0, printer.width(), printer.height());
+  for (int page = first; page <= last; ++page) {
+    if (progress && !progress(QStringLiteral("Printing"), page - first, last - first + 1)) {
+      printer.abort();
+      throw Cancelled();
+    }
+    if (page > first) printer.newPage();
+    RenderPage(painter, layout, page - 1, target);
+  }
+  painter.end();
+}
+
+}  // namespace cvve::reportengine

@@ -1,0 +1,31 @@
+#pragma once
+// Drawing laid-out pages with QPainter: into a PDF file, onto a printer and
+// into images for the viewer. All three draw the same page descriptions.
+#include <QImage>
+#include <QPainter>
+#include <QString>
+
+#include "reportengine/paginator.h"
+
+class QPrinter;
+
+namespace cvve::reportengine {
+
+// Maps the painter's coordinates to the page's twips on `target` (device
+// pixels) and draws page `index`.
+void RenderPage(QPainter& painter, const ReportLayout& layout, int index, const QRect& target);
+
+// Page `index` as an image at `dpi` dots per inch, on white.
+QImage RenderPageImage(const ReportLayout& layout, int index, double dpi);
+
+// Throws cvve::Error when the file cannot be written, Cancelled when the
+// progress function says so (the partial file is removed then).
+void WritePdf(const ReportLayout& layout, const QString& path,
+              const ProgressFunction& progress = {});
+
+// Prints pages first..last (1-based, inclusive; 0 and 0: all) on a printer
+// that is set up already. Throws cvve::Error when the printer fails.
+void PrintLayout(const ReportLayout& layout, QPrinter& printer, int first = 0, int last = 0,
+                 const ProgressFunction& progress = {});
+
+}  // namespace cvve::reportengine

@@ -1,0 +1,414 @@
+#include "reportengine/paginator.h"
+
+#include <QFontMetricsF>
+#include <QLocale>
+#include <QPageSize>
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "base/text.h"
+#include "reportengine/value_format.h"
+
+namespace cvve::reportengine {
+
+namespace {
+
+constexpr double kMargin = 720;       // half an inch
+constexpr double kPadding = 60;       // inside a cell, each side
+constexpr double kTwipsPerPoint = 20;
+constexpr double kMinFontScale = 0.6;  // below this a 8 pt font is unreadable
+
+enum class Align { kLeft, kRight, kCenter };
+
+Align AlignOf(const std::string& alignment) {
+  const std::string lower = ToLower(alignment);
+  if (lower == "right") return Align::kRight;
+  if (lower == "center") return Align::kCenter;
+  return Align::kLeft;
+}
+
+struct Metrics {
+  Metrics(FontRole role, double scale) : font(LayoutFont(role, scale)), fm(font) {
+    ascent = fm.ascent();
+    spacing = fm.lineSpacing();
+    widest = fm.maxWidth();
+  }
+  QFont font;
+  QFontMetricsF fm;
+  double ascent;
+  double spacing;
+  double widest;
+
+  double Width(const QString& text) const { return fm.horizontalAdvance(text); }
+  // Cheap test first: most cells are far shorter than their column.
+  bool Fits(const QString& text, double available) const {
+    return text.size() * widest <= available || Width(text) <= available;
+  }
+};
+
+struct ColumnBox {
+  double x;
+  double width;
+  Align align;
+  bool numeric;
+  std::string format;
+};
+
+bool Landscape(const ReportDefinition& def) {
+  return def.orientation == PageOrientation::kLandscape;
+}
+double PageWidth(const ReportDefinition& def) {
+  const QSizeF paper = PaperTwips(def.page_size);
+  return Landscape(def) ? paper.height() : paper.width();
+}
+double PageHeight(const ReportDefinition& def) {
+  const QSizeF paper = PaperTwips(def.page_size);
+  return Landscape(def) ? paper.width() : paper.height();
+}
+
+// 1, or less when the columns are wider than the printable width.
+double ColumnScale(const ReportDefinition& def) {
+  double total = 0;
+  for (const ReportColumn& column : def.columns) total += column.width;
+  const double printable = PageWidth(def) - 2 * kMargin;
+  return total > printable ? printable / total : 1.0;
+}
+
+class Paginator {
+ public:
+  Paginator(const ReportDefinition& def, const ReportData& data, const ProgressFunction& progress)
+      : def_(def),
+        data_(data),
+        progress_(progress),
+        scale_(ColumnScale(def)),
+        font_scale_(std::max(kMinFontScale, scale_)),
+        title_(FontRole::kTitle, 1.0),
+        header_(FontRole::kHeader, 1.0),
+        column_header_(FontRole::kColumnHeader, font_scale_),
+        body_(FontRole::kBody, font_scale_),
+        group_(FontRole::kGroupHeading, font_scale_),
+        summary_(FontRole::kSummary, font_scale_) {
+    layout_.size = def.page_size;
+    layout_.orientation = def.orientation;
+    layout_.width = PageWidth(def);
+    layout_.height = PageHeight(def);
+    layout_.rows = data.RowCount();
+    layout_.title = QString::fromStdString(def.name);
+    layout_.font_scale = font_scale_;
+    bottom_ = layout_.height - kMargin;
+
+    // Columns keep their widths, shrunk together (with their fonts) when
+    // they are wider than the paper.
+    const double scale = scale_;
+    double x = kMargin;
+    for (const ReportColumn& column : def.columns) {
+      const double width = column.width * scale;
+      columns_.push_back({x, width, AlignOf(column.alignment), IsNumericFormat(column.format),
+                          column.format});
+      x += width;
+    }
+    right_ = x;
+    max_lines_ = std::max(1, static_cast<int>((bottom_ - kMargin - 2000) / body_.spacing));
+  }
+
+  ReportLayout Run() {
+    NewPage();
+    if (data_.RowCount() == 0) {
+      Text(kMargin + kPadding, y_ + body_.ascent, FontRole::kBody, QStringLiteral("No records found."));
+      y_ += body_.spacing;
+    }
+    for (const ReportGroup& group : data_.groups) {
+      if (def_.grouped) GroupHeading(group, false);
+      const std::size_t width = def_.columns.size();
+      const std::size_t rows = width == 0 ? 0 : group.cells.size() / width;
+      for (std::size_t r = 0; r < rows; ++r) {
+        Row(&group.cells[r * width], group);
+        if ((++rows_done_ & 1023) == 0 && progress_ &&
+            !progress_(QStringLiteral("Laying out pages"), rows_done_, data_.RowCount())) {
+          throw Cancelled();
+        }
+      }
+      if (def_.grouped) Summary(group.totals, false);
+    }
+    Summary(data_.totals, def_.grouped);
+    PageNumbers();
+    return std::move(layout_);
+  }
+
+ private:
+  PageDescription& Page() { return layout_.pages.back(); }
+
+  void Text(double x, double baseline, FontRole font, QString text) {
+    Page().texts.push_back({static_cast<float>(x), static_cast<float>(baseline), font, std::move(text)});
+  }
+
+  void Line(double x1, double y1, double x2, double y2, double width) {
+    Page().lines.push_back({static_cast<float>(x1), static_cast<float>(y1), static_cast<float>(x2),
+                            static_cast<float>(y2), static_cast<float>(width)});
+  }
+
+  // A text in a column, elided to the column unless `whole` (a figure that
+  // must be read entirely may reach into its neighbour's room).
+  void Cell(const ColumnBox& column, double top, const Metrics& m, FontRole role,
+            const QString& text, bool whole = false) {
+    if (text.isEmpty()) return;
+    const double available = column.width - 2 * kPadding;
+    QString shown = text;
+    double width;
+    if (whole || m.Fits(text, available)) {
+      width = column.align == Align::kLeft ? 0 : m.Width(text);
+    } else {
+      shown = m.fm.elidedText(text, Qt::ElideRight, std::max(0.0, available));
+      width = m.Width(shown);
+    }
+    Text(X(column, width), top + m.ascent, role, std::move(shown));
+  }
+
+  double X(const ColumnBox& column, double text_width) const {
+    switch (column.align) {
+      case Align::kRight:
+        return column.x + column.width - kPadding - text_width;
+      case Align::kCenter:
+        return column.x + (column.width - text_width) / 2;
+      case Align::kLeft:
+        break;
+    }
+    return column.x + kPadding;
+  }
+
+  // Greedy word wrap; a word longer than the line is broken where it must
+  // (or, without `break_words`, left whole for the cell to elide).
+  static QStringList Wrap(const Metrics& m, const QString& text, double available,
+                          bool break_words = true) {
+    QStringList lines;
+    const QStringList paragraphs = text.split(QLatin1Char('\n'));
+    for (const QString& paragraph : paragraphs) {
+      QString line;
+      for (const QString& word : paragraph.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const QString candidate = line.isEmpty() ? word : line + QLatin1Char(' ') + word;
+        if (m.Fits(candidate, available)) {
+          line = candidate;
+          continue;
+        }
+        if (!line.isEmpty()) lines << line;
+        line = word;
+        while (break_words && !m.Fits(line, available) && line.size() > 1) {
+          int cut = line.size() - 1;
+          while (cut > 1 && !m.Fits(line.left(cut), available)) --cut;
+          lines << line.left(cut);
+          line = line.mid(cut);
+        }
+      }
+      lines << line;
+    }
+    return lines;
+  }
+
+  void NewPage() {
+    layout_.pages.emplace_back();
+    double y = kMargin;
+    // Page header: report name, run date; "Page X of Y" is added at the end.
+    Text(kMargin, y + title_.ascent, FontRole::kTitle, layout_.title);
+    title_baseline_ = y + title_.ascent;
+    y += title_.spacing;
+    const QString run = QStringLiteral("Run ") +
+                        QLocale(QLocale::English, QLocale::UnitedStates)
+                            .toString(data_.run_at, QStringLiteral("MM/dd/yyyy h:mm AP"));
+    Text(kMargin, y + header_.ascent, FontRole::kHeader, run);
+    y += header_.spacing + 40;
+    Line(kMargin, y, layout_.width - kMargin, y, 20);
+    y += 80;
+    // Column headers, on two lines where a title needs them.
+    int header_lines = 1;
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      QStringList lines = Wrap(column_header_, QString::fromStdString(def_.columns[c].title),
+                               columns_[c].width - 2 * kPadding, false);
+      if (lines.size() > 2) {
+        lines = QStringList{lines[0], lines.mid(1).join(QLatin1Char(' '))};
+      }
+      for (int l = 0; l < lines.size(); ++l) {
+        Cell(columns_[c], y + l * column_header_.spacing, column_header_, FontRole::kColumnHeader,
+             lines[l]);
+      }
+      header_lines = std::max(header_lines, static_cast<int>(lines.size()));
+    }
+    y += header_lines * column_header_.spacing + 20;
+    Line(kMargin, y, right_, y, 10);
+    y += 60;
+    y_ = y;
+  }
+
+  void GroupHeading(const ReportGroup& group, bool continued) {
+    const double needed = body_.spacing / 2 + group_.spacing + body_.spacing;
+    if (y_ + needed > bottom_) NewPage();
+    if (!continued) y_ += body_.spacing / 2;
+    Text(kMargin, y_ + group_.ascent, FontRole::kGroupHeading,
+         continued ? group.heading + QStringLiteral(" (continued)") : group.heading);
+    y_ += group_.spacing + 20;
+  }
+
+  void Row(const QString* cells, const ReportGroup& group) {
+    int lines = 1;
+    std::vector<QStringList> wrapped;
+    if (def_.multi_line) {
+      wrapped.resize(columns_.size());
+      for (std::size_t c = 0; c < columns_.size(); ++c) {
+        if (cells[c].isEmpty() || body_.Fits(cells[c], columns_[c].width - 2 * kPadding)) continue;
+        wrapped[c] = Wrap(body_, cells[c], columns_[c].width - 2 * kPadding);
+        if (wrapped[c].size() > max_lines_) {
+          wrapped[c] = wrapped[c].mid(0, max_lines_);
+          wrapped[c].last() = body_.fm.elidedText(wrapped[c].last() + QStringLiteral(" \u2026"),
+                                                  Qt::ElideRight, columns_[c].width - 2 * kPadding);
+        }
+        lines = std::max(lines, static_cast<int>(wrapped[c].size()));
+      }
+    }
+    const double height = lines * body_.spacing;
+    if (y_ + height > bottom_) {
+      NewPage();
+      if (def_.grouped) GroupHeading(group, true);
+    }
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      if (!wrapped.empty() && !wrapped[c].isEmpty()) {
+        for (int l = 0; l < wrapped[c].size(); ++l) {
+          Cell(columns_[c], y_ + l * body_.spacing, body_, FontRole::kBody, wrapped[c][l]);
+        }
+      } else {
+        Cell(columns_[c], y_, body_, FontRole::kBody, cells[c]);
+      }
+    }
+    y_ += height;
+  }
+
+  // Totals, averages and the line count of a group or of the report.
+  void Summary(const Aggregate& totals, bool grand) {
+    std::vector<std::pair<QString, int>> rows;  // label, kind: 0 total, 1 average, 2 count
+    bool any_numeric = false;
+    for (const ColumnBox& column : columns_) any_numeric = any_numeric || column.numeric;
+    const QString prefix = grand ? QStringLiteral("Grand ") : QString();
+    if (def_.totals && any_numeric) rows.push_back({prefix + QStringLiteral("Total"), 0});
+    if (def_.averages && any_numeric) rows.push_back({prefix + QStringLiteral("Average"), 1});
+    if (def_.line_count) {
+      rows.push_back({prefix + QStringLiteral("Count: ") + QString::number(totals.rows), 2});
+    }
+    if (rows.empty()) return;
+    const double height = 60 + rows.size() * summary_.spacing;
+    if (y_ + height > bottom_) NewPage();
+    y_ += 30;
+    Line(kMargin, y_, right_, y_, 10);
+    y_ += 30;
+    for (const auto& [label, kind] : rows) {
+      Text(kMargin + kPadding, y_ + summary_.ascent, FontRole::kSummary, label);
+      if (kind != 2) {
+        for (std::size_t c = 0; c < columns_.size(); ++c) {
+          const ColumnBox& column = columns_[c];
+          if (!column.numeric || c >= totals.sum.size()) continue;
+          const double sum = static_cast<double>(totals.sum[c]);
+          QString value;
+          if (kind == 0) {
+            value = FormatTotal(sum, column.format);
+          } else if (totals.count[c] > 0) {
+            value = FormatAverage(sum / static_cast<double>(totals.count[c]), column.format);
+          }
+          // The first column carries the label, so its figure sits right.
+          ColumnBox box = column;
+          if (c == 0) box.align = Align::kRight;
+          Cell(box, y_, summary_, FontRole::kSummary, value, true);
+        }
+      }
+      y_ += summary_.spacing;
+    }
+    y_ += body_.spacing / 2;
+  }
+
+  void PageNumbers() {
+    const int count = static_cast<int>(layout_.pages.size());
+    for (int p = 0; p < count; ++p) {
+      const QString text = QStringLiteral("Page %1 of %2").arg(p + 1).arg(count);
+      layout_.pages[p].texts.push_back(
+          {static_cast<float>(layout_.width - kMargin - header_.Width(text)),
+           static_cast<float>(title_baseline_), FontRole::kHeader, text});
+    }
+  }
+
+  const ReportDefinition& def_;
+  const ReportData& data_;
+  const ProgressFunction& progress_;
+  double scale_;
+  double font_scale_;
+  Metrics title_, header_, column_header_, body_, group_, summary_;
+  ReportLayout layout_;
+  std::vector<ColumnBox> columns_;
+  double right_ = 0;
+  double bottom_ = 0;
+  double y_ = 0;
+  double title_baseline_ = 0;
+  int max_lines_ = 1;
+  long long rows_done_ = 0;
+};
+
+}  // namespace
+
+QFont LayoutFont(FontRole role, double scale) {
+  static const std::array<std::pair<double, bool>, 6> kSizes = {{
+      {14, true},   // title
+      {7.5, false}, // header
+      {8, true},    // column header
+      {8, false},   // body
+      {9, true},    // group heading
+      {8, true},    // summary
+  }};
+  auto [points, bold] = kSizes[static_cast<std::size_t>(role)];
+  if (role != FontRole::kTitle && role != FontRole::kHeader) points *= scale;
+  QFont font(QStringLiteral("DejaVu Sans"));
+  font.setStyleHint(QFont::SansSerif);
+  font.setPixelSize(static_cast<int>(points * kTwipsPerPoint));
+  font.setBold(bold);
+  // Metrics must not depend on the device's pixel grid.
+  font.setHintingPreference(QFont::PreferNoHinting);
+  return font;
+}
+
+QSizeF PaperTwips(PageSize size) {
+  switch (size) {
+    case PageSize::kLegal:
+      return {12240, 20160};
+    case PageSize::kA4:
+      return {210.0 / 25.4 * 1440, 297.0 / 25.4 * 1440};
+    case PageSize::kLedger:
+      return {15840, 24480};
+    case PageSize::kLetter:
+      break;
+  }
+  return {12240, 15840};
+}
+
+QPageLayout ReportLayout::PageLayout() const {
+  QPageSize page;
+  switch (size) {
+    case PageSize::kLegal:
+      page = QPageSize(QPageSize::Legal);
+      break;
+    case PageSize::kA4:
+      page = QPageSize(QPageSize::A4);
+      break;
+    case PageSize::kLedger:
+      page = QPageSize(QPageSize::Tabloid);  // 11 x 17 in, portrait
+      break;
+    case PageSize::kLetter:
+      page = QPageSize(QPageSize::Letter);
+      break;
+  }
+  return QPageLayout(page,
+                     orientation == PageOrientation::kLandscape ? QPageLayout::Landscape
+                                                                : QPageLayout::Portrait,
+                     QMarginsF(0, 0, 0, 0));
+}
+
+ReportLayout Paginate(const ReportDefinition& def, const ReportData& data,
+                      const ProgressFunction& progress) {
+  return Paginator(def, data, progress).Run();
+}
+
+}  // namespace cvve::reportengine

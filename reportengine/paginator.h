@@ -1,0 +1,64 @@
+#pragma once
+// The one layout pass of a report: its rows placed on pages. The pages are
+// plain descriptions (texts at positions, lines) in twips, drawn alike on a
+// PDF, a printer and the viewer's images.
+#include <QFont>
+#include <QPageLayout>
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+#include "reportengine/report_definition.h"
+#include "reportengine/report_runner.h"
+
+namespace cvve::reportengine {
+
+enum class FontRole : std::uint8_t { kTitle, kHeader, kColumnHeader, kBody, kGroupHeading, kSummary };
+
+struct PageText {
+  float x;  // left end, twips from the page's left edge
+  float y;  // baseline, twips from the page's top edge
+  FontRole font;
+  QString text;
+};
+
+struct PageLine {
+  float x1, y1, x2, y2;
+  float width;  // twips
+};
+
+struct PageDescription {
+  std::vector<PageText> texts;
+  std::vector<PageLine> lines;
+};
+
+struct ReportLayout {
+  PageSize size = PageSize::kLetter;
+  PageOrientation orientation = PageOrientation::kPortrait;
+  double width = 0;   // twips, as oriented
+  double height = 0;
+  std::vector<PageDescription> pages;  // never empty
+  long long rows = 0;
+  QString title;
+  // Table fonts shrink with the columns when these are wider than the paper.
+  double font_scale = 1.0;
+
+  // The paper and orientation for a PDF writer or a printer, without margins
+  // (the layout has its own).
+  QPageLayout PageLayout() const;
+};
+
+// The fonts of the layout, sized in twips (as pixel sizes), so that text is
+// measured and drawn in the layout's own units on every device. `scale`
+// applies to the table's fonts (not to the title and the page header).
+QFont LayoutFont(FontRole role, double scale = 1.0);
+
+// Page size in twips, portrait: Letter 8.5x11 in, Legal 8.5x14 in, A4
+// 210x297 mm, Ledger 11x17 in.
+QSizeF PaperTwips(PageSize size);
+
+// Throws Cancelled when the progress function says so.
+ReportLayout Paginate(const ReportDefinition& def, const ReportData& data,
+                      const ProgressFunction& progress = {});
+
+}  // namespace cvve::reportengine

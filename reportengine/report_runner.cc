@@ -1,0 +1,220 @@
+#include "reportengine/report_runner.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <optional>
+#include <set>
+
+#include "base/text.h"
+#include "reportengine/database.h"
+#include "reportengine/report_expression.h"
+#include "reportengine/value_format.h"
+
+namespace cvve::reportengine {
+
+namespace {
+
+struct ColumnPlan {
+  ValueKind kind;
+  bool numeric;
+  bool computed;
+  bool line_number;  // $LINE
+  int source = -1;   // the result column it is read from
+};
+
+class Runner {
+ public:
+  Runner(const ReportDefinition& def, Database* db, const RunSettings& settings)
+      : def_(def), db_(db), settings_(settings) {
+    for (const auto& [name, value] : settings.variables) values_[VariableKey(name)] = value;
+    // Dates are typed the way people write them but compared as the database
+    // keeps them.
+    for (const ReportVariable& variable : def.variables) {
+      if (ToLower(variable.type) != "date") continue;
+      auto it = values_.find(VariableKey(variable.name));
+      if (it == values_.end()) continue;
+      if (const std::optional<std::string> iso = IsoDate(it->second)) it->second = *iso;
+    }
+    int source = 0;
+    for (const ReportColumn& column : def.columns) {
+      ColumnPlan plan{KindOf(column.format), IsNumericFormat(column.format), column.Computed(),
+                      ToUpper(column.field) == "$LINE"};
+      if (!plan.computed) plan.source = source++;
+      plans_.push_back(plan);
+    }
+    sql_columns_ = source;
+  }
+
+  std::string Statement(const std::string& expression, const char* element,
+                        const QString* group_value) {
+    ExpressionContext context;
+    context.variable = [this](std::string_view name) -> std::optional<std::string> {
+      const auto it = values_.find(VariableKey(name));
+      if (it == values_.end()) return std::nullopt;
+      return it->second;
+    };
+    context.fxa = [this, group_value](std::string_view field) -> std::optional<std::string> {
+      if (group_value == nullptr || ToUpper(field) != ToUpper(def_.group_report_field)) {
+        return std::nullopt;
+      }
+      // The value lands between the statement's own quote marks: a quote in
+      // it is doubled so that a name like O'Brien stays one literal.
+      return ReplaceAll(group_value->toStdString(), "'", "''");
+    };
+    Evaluation evaluation;
+    try {
+      evaluation = EvaluateExpression(expression, context);
+    } catch (const Error& e) {
+      throw Error(def_.source + ": " + element + ": " + e.what());
+    }
+    for (const std::string& name : evaluation.missing) {
+      if (warned_.insert(VariableKey(name)).second) {
+        data_.warnings.push_back("the variable " + name + " has no value; it is taken as empty");
+      }
+    }
+    const std::string statement = PrepareStatement(evaluation.value, settings_.user_where);
+    if (statement.find_first_not_of(" \t\r\n") == std::string::npos) {
+      throw Error(def_.source + ": " + element + ": the statement is empty");
+    }
+    return statement;
+  }
+
+  QSqlQuery Execute(const std::string& statement, const char* element) {
+    QSqlQuery query(db_->Handle());
+    query.setForwardOnly(true);
+    if (!query.exec(QString::fromStdString(statement))) {
+      throw Error(def_.source + ": the " + element + " failed on " + db_->Description() + ": " +
+                  query.lastError().text().toStdString() + "\nThe statement was: " + statement);
+    }
+    return query;
+  }
+
+  void Check(const QString& stage, long long done, long long total) {
+    if (settings_.progress && !settings_.progress(stage, done, total)) throw Cancelled();
+  }
+
+  void ReadRows(QSqlQuery& query, ReportGroup& group, const char* element,
+                const std::string& statement) {
+    const int available = query.record().count();
+    if (available < sql_columns_) {
+      throw Error(def_.source + ": the " + element + " returns " + std::to_string(available) +
+                  " columns, but the report has " + std::to_string(sql_columns_) +
+                  " columns from the database\nThe statement was: " + statement);
+    }
+    const std::size_t width = plans_.size();
+    group.totals.sum.assign(width, 0);
+    group.totals.count.assign(width, 0);
+    long long line = 0;
+    while (query.next()) {
+      ++line;
+      for (std::size_t c = 0; c < width; ++c) {
+        const ColumnPlan& plan = plans_[c];
+        if (plan.computed) {
+          group.cells.push_back(plan.line_number ? QString::number(line) : QString());
+          continue;
+        }
+        const QVariant value = query.value(plan.source);
+        group.cells.push_back(FormatCell(value, plan.kind));
+        if (plan.numeric) {
+          if (const std::optional<double> number = NumericValue(value)) {
+            group.totals.sum[c] += *number;
+            ++group.totals.count[c];
+          }
+        }
+      }
+      if ((line & 1023) == 0) Check(QStringLiteral("Reading rows"), data_.totals.rows + line, 0);
+    }
+    if (query.lastError().isValid()) {
+      throw Error(def_.source + ": reading the rows of the " + element + " failed: " +
+                  query.lastError().text().toStdString());
+    }
+    group.totals.rows = line;
+  }
+
+  ReportData Run() {
+    data_.run_at = QDateTime::currentDateTime();
+    data_.totals.sum.assign(plans_.size(), 0);
+    data_.totals.count.assign(plans_.size(), 0);
+    if (!def_.grouped) {
+      const std::string statement = Statement(def_.statement, "Statement", nullptr);
+      Check(QStringLiteral("Running the statement"), 0, 0);
+      QSqlQuery query = Execute(statement, "Statement");
+      ReportGroup group;
+      ReadRows(query, group, "Statement", statement);
+      data_.totals.Add(group.totals);
+      data_.groups.push_back(std::move(group));
+      return std::move(data_);
+    }
+
+    const std::string group_statement = Statement(def_.group_statement, "GroupStatement", nullptr);
+    Check(QStringLiteral("Finding the groups"), 0, 0);
+    std::vector<QString> values;
+    {
+      QSqlQuery query = Execute(group_statement, "GroupStatement");
+      if (query.record().count() < 1) {
+        throw Error(def_.source + ": the GroupStatement returns no column");
+      }
+      while (query.next()) values.push_back(RawText(query.value(0)));
+    }
+    const ValueKind group_kind = KindOf(def_.group_format);
+    const QString title = QString::fromStdString(def_.group_title);
+    for (std::size_t g = 0; g < values.size(); ++g) {
+      Check(QStringLiteral("Running the groups"), static_cast<long long>(g),
+            static_cast<long long>(values.size()));
+      const std::string statement = Statement(def_.statement, "Statement", &values[g]);
+      QSqlQuery query = Execute(statement, "Statement");
+      ReportGroup group;
+      group.value = values[g];
+      group.display = FormatCell(QVariant(values[g]), group_kind);
+      group.heading = title + QStringLiteral(": ") + group.display;
+      ReadRows(query, group, "Statement", statement);
+      if (group.totals.rows == 0) continue;
+      data_.totals.Add(group.totals);
+      data_.groups.push_back(std::move(group));
+    }
+    return std::move(data_);
+  }
+
+ private:
+  const ReportDefinition& def_;
+  Database* db_;  // none: statements are only evaluated
+  const RunSettings& settings_;
+  std::map<std::string, std::string> values_;
+  std::vector<ColumnPlan> plans_;
+  int sql_columns_ = 0;
+  std::set<std::string> warned_;
+  ReportData data_;
+};
+
+}  // namespace
+
+void Aggregate::Add(const Aggregate& other) {
+  if (sum.size() < other.sum.size()) {
+    sum.resize(other.sum.size(), 0);
+    count.resize(other.count.size(), 0);
+  }
+  for (std::size_t c = 0; c < other.sum.size(); ++c) {
+    sum[c] += other.sum[c];
+    count[c] += other.count[c];
+  }
+  rows += other.rows;
+}
+
+std::string VariableKey(std::string_view name) {
+  std::string key = ToUpper(name);
+  if (key.empty() || key[0] != '$') key.insert(key.begin(), '$');
+  return key;
+}
+
+ReportData RunReport(const ReportDefinition& def, Database& db, const RunSettings& settings) {
+  return Runner(def, &db, settings).Run();
+}
+
+std::string FirstStatement(const ReportDefinition& def, const RunSettings& settings) {
+  Runner runner(def, nullptr, settings);
+  return def.grouped ? runner.Statement(def.group_statement, "GroupStatement", nullptr)
+                     : runner.Statement(def.statement, "Statement", nullptr);
+}
+
+}  // namespace cvve::reportengine

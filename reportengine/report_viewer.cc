@@ -1,0 +1,285 @@
+#include "reportengine/report_viewer.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QProgressDialog>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+
+#include "reportengine/page_renderer.h"
+
+namespace cvve::reportengine {
+
+namespace {
+
+constexpr double kScreenDpi = 96;
+constexpr double kMinZoom = 0.1;
+constexpr double kMaxZoom = 8.0;
+constexpr int kProgressDelayMs = 400;
+
+struct ProgressState {
+  QPointer<QWidget> parent;
+  QString title;
+  QElapsedTimer timer;
+  std::unique_ptr<QProgressDialog> dialog;
+};
+
+}  // namespace
+
+ProgressFunction GuiProgress(QWidget* parent, const QString& title) {
+  auto state = std::make_shared<ProgressState>();
+  state->parent = parent;
+  state->title = title;
+  return [state](const QString& stage, long long done, long long total) {
+    // The moment counts from the first report of progress, not from creation.
+    if (!state->timer.isValid()) state->timer.start();
+    if (!state->dialog) {
+      if (state->timer.elapsed() < kProgressDelayMs) return true;
+      state->dialog = std::make_unique<QProgressDialog>(stage, QStringLiteral("Cancel"), 0, 0,
+                                                        state->parent.data());
+      state->dialog->setWindowTitle(state->title);
+      state->dialog->setWindowModality(Qt::WindowModal);
+      state->dialog->setMinimumDuration(0);
+      state->dialog->setAutoClose(false);
+      state->dialog->setAutoReset(false);
+    }
+    QProgressDialog& dialog = *state->dialog;
+    dialog.setLabelText(total > 0 ? QStringLiteral("%1 (%2 of %3)").arg(stage).arg(done).arg(total)
+                                  : QStringLiteral("%1 (%2)").arg(stage).arg(done));
+    // The range is int; the step counts are scaled to it.
+    if (total > 0) {
+      dialog.setMaximum(1000);
+      dialog.setValue(static_cast<int>(std::min<long long>(1000, done * 1000 / total)));
+    } else {
+      dialog.setMaximum(0);
+      dialog.setValue(0);
+    }
+    QCoreApplication::processEvents();
+    return !dialog.wasCanceled();
+  };
+}
+
+ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layout,
+                                       QWidget* parent)
+    : QDialog(parent), layout_(std::move(layout)) {
+  setWindowTitle(layout_->title.isEmpty() ? QStringLiteral("Report")
+                                          : layout_->title);
+  auto* bar = new QHBoxLayout;
+  auto button = [this, bar](const QString& text, const QString& tip, auto slot) {
+    auto* b = new QToolButton(this);
+    b->setText(text);
+    b->setToolTip(tip);
+    b->setAutoRaise(true);
+    connect(b, &QToolButton::clicked, this, slot);
+    bar->addWidget(b);
+    return b;
+  };
+  first_ = button(QStringLiteral("|<"), QStringLiteral("First page"), &ReportViewerWindow::FirstPage);
+  previous_ = button(QStringLiteral("<"), QStringLiteral("Previous page"), &ReportViewerWindow::PreviousPage);
+  page_box_ = new QSpinBox(this);
+  page_box_->setRange(1, std::max(1, PageCount()));
+  page_box_->setAccelerated(true);
+  connect(page_box_, &QSpinBox::valueChanged, this, [this](int value) { ShowPage(value - 1); });
+  bar->addWidget(new QLabel(QStringLiteral("Page"), this));
+  bar->addWidget(page_box_);
+  page_count_ = new QLabel(QStringLiteral("of %1").arg(PageCount()), this);
+  bar->addWidget(page_count_);
+  next_ = button(QStringLiteral(">"), QStringLiteral("Next page"), &ReportViewerWindow::NextPage);
+  last_ = button(QStringLiteral(">|"), QStringLiteral("Last page"), &ReportViewerWindow::LastPage);
+  bar->addSpacing(16);
+  button(QStringLiteral("-"), QStringLiteral("Zoom out"), &ReportViewerWindow::ZoomOut);
+  zoom_label_ = new QLabel(this);
+  zoom_label_->setMinimumWidth(48);
+  zoom_label_->setAlignment(Qt::AlignCenter);
+  bar->addWidget(zoom_label_);
+  button(QStringLiteral("+"), QStringLiteral("Zoom in"), &ReportViewerWindow::ZoomIn);
+  button(QStringLiteral("Fit Width"), QStringLiteral("Zoom to the window's width"), &ReportViewerWindow::FitWidth);
+  button(QStringLiteral("Fit Page"), QStringLiteral("Zoom to show the whole page"), &ReportViewerWindow::FitPage);
+  bar->addStretch();
+  button(QStringLiteral("Print..."), QStringLiteral("Print the report"), &ReportViewerWindow::Print);
+  button(QStringLiteral("Save as PDF..."), QStringLiteral("Save the report as a PDF file"),
+         &ReportViewerWindow::SaveAsPdfDialog);
+  button(QStringLiteral("Close"), QStringLiteral("Close the viewer"), &QDialog::accept);
+
+  canvas_ = new QLabel(this);
+  canvas_->setAlignment(Qt::AlignCenter);
+  scroll_ = new QScrollArea(this);
+  scroll_->setWidget(canvas_);
+  scroll_->setWidgetResizable(true);
+  scroll_->setAlignment(Qt::AlignCenter);
+  scroll_->setBackgroundRole(QPalette::Dark);
+
+  auto* column = new QVBoxLayout(this);
+  column->addLayout(bar);
+  column->addWidget(scroll_, 1);
+
+  resize(1000, 800);
+  fit_ = Fit::kWidth;
+  zoom_ = FitZoom(fit_);
+  Render();
+}
+
+ReportViewerWindow::~ReportViewerWindow() = default;
+
+int ReportViewerWindow::PageCount() const { return static_cast<int>(layout_->pages.size()); }
+
+void ReportViewerWindow::ShowPage(int index) {
+  index = std::clamp(index, 0, std::max(0, PageCount() - 1));
+  if (index == page_ && !image_.isNull()) return;
+  page_ = index;
+  Render();
+  scroll_->verticalScrollBar()->setValue(0);
+}
+
+void ReportViewerWindow::NextPage() { ShowPage(page_ + 1); }
+void ReportViewerWindow::PreviousPage() { ShowPage(page_ - 1); }
+void ReportViewerWindow::FirstPage() { ShowPage(0); }
+void ReportViewerWindow::LastPage() { ShowPage(PageCount() - 1); }
+void ReportViewerWindow::ZoomIn() { SetZoom(zoom_ * 1.25); }
+void ReportViewerWindow::ZoomOut() { SetZoom(zoom_ / 1.25); }
+
+void ReportViewerWindow::SetZoom(double zoom) {
+  fit_ = Fit::kNone;
+  zoom_ = std::clamp(zoom, kMinZoom, kMaxZoom);
+  Render();
+}
+
+double ReportViewerWindow::FitZoom(Fit fit) const {
+  const QSize room = scroll_->viewport()->size() - QSize(24, 24);
+  const double page_width = layout_->width / 1440.0 * kScreenDpi;
+  const double page_height = layout_->height / 1440.0 * kScreenDpi;
+  const double by_width = room.width() / page_width;
+  const double by_height = room.height() / page_height;
+  const double zoom = fit == Fit::kPage ? std::min(by_width, by_height) : by_width;
+  return std::clamp(zoom, kMinZoom, kMaxZoom);
+}
+
+void ReportViewerWindow::FitWidth() {
+  zoom_ = FitZoom(Fit::kWidth);
+  Render();
+  fit_ = Fit::kWidth;
+}
+
+void ReportViewerWindow::FitPage() {
+  zoom_ = FitZoom(Fit::kPage);
+  Render();
+  fit_ = Fit::kPage;
+}
+
+void ReportViewerWindow::Render() {
+  const double ratio = devicePixelRatioF();
+  image_ = RenderPageImage(*layout_, page_, kScreenDpi * zoom_ * ratio);
+  image_.setDevicePixelRatio(ratio);
+  canvas_->setPixmap(QPixmap::fromImage(image_));
+  UpdateControls();
+}
+
+void ReportViewerWindow::UpdateControls() {
+  const QSignalBlocker block(page_box_);
+  page_box_->setValue(page_ + 1);
+  first_->setEnabled(page_ > 0);
+  previous_->setEnabled(page_ > 0);
+  next_->setEnabled(page_ + 1 < PageCount());
+  last_->setEnabled(page_ + 1 < PageCount());
+  zoom_label_->setText(QStringLiteral("%1%").arg(std::lround(zoom_ * 100)));
+}
+
+void ReportViewerWindow::Print() {
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setPageLayout(layout_->PageLayout());
+  printer.setDocName(layout_->title);
+  QPrintDialog dialog(&printer, this);
+  dialog.setMinMax(1, PageCount());
+  dialog.setOption(QAbstractPrintDialog::PrintPageRange);
+  if (dialog.exec() != QDialog::Accepted) return;
+  int first = 0;
+  int last = 0;
+  if (printer.printRange() == QPrinter::PageRange) {
+    first = printer.fromPage();
+    last = printer.toPage();
+  } else if (printer.printRange() == QPrinter::CurrentPage) {
+    first = last = page_ + 1;
+  }
+  try {
+    PrintLayout(*layout_, printer, first, last, GuiProgress(this, QStringLiteral("Print")));
+  } catch (const Cancelled&) {
+  } catch (const std::exception& e) {
+    QMessageBox::critical(this, QStringLiteral("Print"), QString::fromStdString(e.what()));
+  }
+}
+
+bool ReportViewerWindow::SaveAsPdf(const QString& path) {
+  try {
+    WritePdf(*layout_, path, GuiProgress(this, QStringLiteral("Save as PDF")));
+    return true;
+  } catch (const Cancelled&) {
+    return false;
+  } catch (const std::exception& e) {
+    QMessageBox::critical(this, QStringLiteral("Save as PDF"), QString::fromStdString(e.what()));
+    return false;
+  }
+}
+
+void ReportViewerWindow::SaveAsPdfDialog() {
+  QString name = layout_->title.isEmpty() ? QStringLiteral("report") : layout_->title;
+  name.replace(QLatin1Char('/'), QLatin1Char('-'));
+  const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save as PDF"),
+                                                    name + QStringLiteral(".pdf"),
+                                                    QStringLiteral("PDF files (*.pdf)"));
+  if (path.isEmpty()) return;
+  SaveAsPdf(path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive) ? path
+                                                                         : path + QStringLiteral(".pdf"));
+}
+
+void ReportViewerWindow::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_PageDown:
+      NextPage();
+      return;
+    case Qt::Key_PageUp:
+      PreviousPage();
+      return;
+    case Qt::Key_Home:
+      FirstPage();
+      return;
+    case Qt::Key_End:
+      LastPage();
+      return;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+      ZoomIn();
+      return;
+    case Qt::Key_Minus:
+      ZoomOut();
+      return;
+    default:
+      QDialog::keyPressEvent(event);
+  }
+}
+
+void ReportViewerWindow::resizeEvent(QResizeEvent* event) {
+  QDialog::resizeEvent(event);
+  if (fit_ != Fit::kNone) {
+    const double zoom = FitZoom(fit_);
+    if (std::fabs(zoom - zoom_) > 0.005) {
+      zoom_ = zoom;
+      Render();
+    }
+  }
+}
+
+}  // namespace cvve::reportengine

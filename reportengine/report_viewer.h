@@ -1,0 +1,78 @@
+#pragma once
+// The report viewer: one page at a time, zoom in and out or to the window,
+// page navigation, Print (through the print dialog) and "Save as PDF".
+#include <QDialog>
+#include <memory>
+
+#include "reportengine/paginator.h"
+
+class QLabel;
+class QScrollArea;
+class QSpinBox;
+class QToolButton;
+
+namespace cvve::reportengine {
+
+// The window's own progress dialog for long writes and prints: shown only
+// when the work lasts longer than a moment; cancel stops it.
+ProgressFunction GuiProgress(QWidget* parent, const QString& title);
+
+class ReportViewerWindow : public QDialog {
+  Q_OBJECT
+
+ public:
+  explicit ReportViewerWindow(std::shared_ptr<const ReportLayout> layout,
+                              QWidget* parent = nullptr);
+  ~ReportViewerWindow() override;
+
+  int CurrentPage() const { return page_; }  // 0-based
+  int PageCount() const;
+  double Zoom() const { return zoom_; }      // 1.0: actual size
+  // The page as the window shows it now.
+  const QImage& ShownImage() const { return image_; }
+
+  // Writes the report as PDF without asking; false (with a message box)
+  // when it fails or is cancelled.
+  bool SaveAsPdf(const QString& path);
+
+ public slots:
+  void ShowPage(int index);  // clamped to the pages
+  void NextPage();
+  void PreviousPage();
+  void FirstPage();
+  void LastPage();
+  void ZoomIn();
+  void ZoomOut();
+  void SetZoom(double zoom);  // clamped to 10%..800%
+  void FitWidth();
+  void FitPage();
+  void Print();           // the print dialog, then the chosen pages
+  void SaveAsPdfDialog();  // asks for the file
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  enum class Fit { kNone, kWidth, kPage };
+  void Render();
+  void UpdateControls();
+  double FitZoom(Fit fit) const;
+
+  std::shared_ptr<const ReportLayout> layout_;
+  int page_ = 0;
+  double zoom_ = 1.0;
+  Fit fit_ = Fit::kNone;
+  QImage image_;
+  QScrollArea* scroll_ = nullptr;
+  QLabel* canvas_ = nullptr;
+  QSpinBox* page_box_ = nullptr;
+  QLabel* page_count_ = nullptr;
+  QLabel* zoom_label_ = nullptr;
+  QToolButton* first_ = nullptr;
+  QToolButton* previous_ = nullptr;
+  QToolButton* next_ = nullptr;
+  QToolButton* last_ = nullptr;
+};
+
+}  // namespace cvve::reportengine

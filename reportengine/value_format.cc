@@ -1,0 +1,120 @@
+#include "reportengine/value_format.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QLocale>
+#include <cmath>
+
+#include "base/text.h"
+
+namespace cvve::reportengine {
+
+namespace {
+
+using Kind = ValueKind;
+
+const QLocale& UsLocale() {
+  static const QLocale locale(QLocale::English, QLocale::UnitedStates);
+  return locale;
+}
+
+// Cents rounded half away from zero, so 0.005 shows as 0.01 on both signs.
+double ToCents(double value) { return std::round(value * 100.0) / 100.0; }
+
+QString Money(double value) {
+  const double cents = ToCents(value);
+  const QString digits = UsLocale().toString(std::fabs(cents), 'f', 2);
+  return (cents < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + digits;
+}
+
+QString Decimal(double value) { return UsLocale().toString(ToCents(value) + 0.0, 'f', 2); }
+
+QString Whole(double value) { return QString::number(static_cast<qint64>(std::llround(value))); }
+
+// "MM/DD/YYYY" from a text that starts with "YYYY-MM-DD" (a time may follow).
+QString DateText(const QString& text) {
+  if (text.size() >= 10 && text[4] == '-' && text[7] == '-') {
+    const QDate date = QDate::fromString(text.left(10), Qt::ISODate);
+    if (date.isValid()) return date.toString(QStringLiteral("MM/dd/yyyy"));
+  }
+  return text;
+}
+
+}  // namespace
+
+ValueKind KindOf(std::string_view format) {
+  const std::string lower = ToLower(format);
+  if (lower == "date") return Kind::kDate;
+  if (lower == "currency") return Kind::kCurrency;
+  if (lower == "number") return Kind::kNumber;
+  if (lower == "integer") return Kind::kInteger;
+  return Kind::kText;
+}
+
+std::optional<double> NumericValue(const QVariant& value) {
+  if (value.isNull()) return std::nullopt;
+  switch (value.typeId()) {
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+      return value.toDouble();
+    default:
+      break;
+  }
+  bool ok = false;
+  const double number = value.toString().trimmed().toDouble(&ok);
+  if (!ok) return std::nullopt;
+  return number;
+}
+
+QString RawText(const QVariant& value) {
+  if (value.isNull()) return QString();
+  if (value.typeId() == QMetaType::QDate) return value.toDate().toString(Qt::ISODate);
+  if (value.typeId() == QMetaType::QDateTime) {
+    return value.toDateTime().date().toString(Qt::ISODate);
+  }
+  return value.toString();
+}
+
+QString FormatCell(const QVariant& value, ValueKind kind) {
+  if (value.isNull()) return QString();
+  switch (kind) {
+    case Kind::kDate:
+      if (value.typeId() == QMetaType::QDate || value.typeId() == QMetaType::QDateTime) {
+        return value.toDate().toString(QStringLiteral("MM/dd/yyyy"));
+      }
+      return DateText(value.toString());
+    case Kind::kCurrency:
+      if (const std::optional<double> number = NumericValue(value)) return Money(*number);
+      break;
+    case Kind::kNumber:
+      if (const std::optional<double> number = NumericValue(value)) return Decimal(*number);
+      break;
+    case Kind::kInteger:
+      if (const std::optional<double> number = NumericValue(value)) return Whole(*number);
+      break;
+    case Kind::kText:
+      break;
+  }
+  return value.toString();
+}
+
+QString FormatTotal(double value, std::string_view format) {
+  switch (KindOf(format)) {
+    case Kind::kCurrency:
+      return Money(value);
+    case Kind::kInteger:
+      return Whole(value);
+    default:
+      return Decimal(value);
+  }
+}
+
+QString FormatAverage(double value, std::string_view format) {
+  return KindOf(format) == Kind::kCurrency ? Money(value) : Decimal(value);
+}
+
+}  // namespace cvve::reportengine

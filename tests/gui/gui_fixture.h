@@ -1,0 +1,76 @@
+#pragma once
+// An editor window on a small inline file set in a temporary folder, with
+// either a recording prompter (answers queued beforehand) or the Qt one, and
+// helpers that click and type the way a user does.
+#include <QComboBox>
+#include <QMessageBox>
+#include <QPoint>
+#include <QTreeView>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "component/editor_environment.h"
+#include "component/frm_acct_view_edit.h"
+#include "gui/editor_window.h"
+#include "gui/qt_dialog_host.h"
+#include "gui/qt_prompter.h"
+#include "host/host_services.h"
+#include "test_support.h"
+#include "ui/headless_prompter.h"
+
+namespace cvve::guitest {
+
+// Setup: folders 0 "All Accounts" and 1 "Collections"; data set "Accounts"
+// with columns "Account #", "Balance", "Last Name" and the filters
+// 1 "Active accounts" (no value), 2 "Balance" (one value, default 0),
+// 3 "Next payment due" (two values); tabs 1 "General", 2 "Payments".
+extern const char* const kSetup;
+// Defaults: the system profile "Account Lookup" in folder 0.
+extern const char* const kDefaults;
+// Views: the user profiles "My Accounts" and "Old Accounts" in folder 1.
+extern const char* const kViews;
+
+struct GuiEditor {
+  enum class Prompts { kRecorded, kQt };
+  explicit GuiEditor(Prompts prompts = Prompts::kRecorded, std::string executable = "viewedit");
+  ~GuiEditor();
+
+  // Writes the file set, runs LoadFiles in view mode and shows the window.
+  void Open(const std::string& views = kViews, const std::string& defaults = kDefaults,
+            const std::string& setup = kSetup);
+
+  frmAcctViewEdit& operator*() { return *ed; }
+  frmAcctViewEdit* operator->() { return ed.get(); }
+  template <class W>
+  W* Find(const char* name) const {
+    return window->findChild<W*>(name);
+  }
+
+  // User actions, each followed by the queued work they start.
+  void ClickNode(const std::string& text);
+  void ClickNodeKey(const std::string& key);
+  // Clicks a cell of lstFilters (1-based row as the model counts, 0-based column).
+  void ClickFilterCell(int row, int column);
+  QRect FilterCellRect(int row, int column) const;  // in the viewport
+  void ClickButton(const char* name);
+  void ClickCheck(const char* name);
+  void Settle() const;
+  std::string ViewsFileText() const { return dir.Read("views.xml"); }
+
+  testing::TempDir dir;
+  DefaultHostServices host;
+  ui::HeadlessPrompter recorded;
+  gui::QtPrompter qt_prompter;
+  gui::QtDialogHost dialogs;
+  EditorEnvironment env;
+  std::unique_ptr<frmAcctViewEdit> ed;
+  std::unique_ptr<gui::EditorWindow> window;
+  QTreeView* filters = nullptr;
+};
+
+// Waits (in the event loop) for the next modal QMessageBox and hands it to
+// `answer`, which clicks one of its buttons.
+void AnswerNextMessageBox(std::function<void(QMessageBox*)> answer);
+
+}  // namespace cvve::guitest

@@ -1,0 +1,129 @@
+#include "reportengine/demo_database.h"
+
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+#include <cstdlib>
+#include <filesystem>
+
+#include "base/error.h"
+#include "reportengine/database.h"
+#include "report_test_support.h"
+
+namespace cvve::reportengine {
+namespace {
+
+using testing::SmallDatabase;
+using testing::SqlRows;
+using testing::SqlValue;
+using testing::TempFolder;
+
+TEST(DemoDatabaseTest, TablesHangTogether) {
+  const std::string db = SmallDatabase();
+  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS"), "300");
+  // Every reference finds its row.
+  const char* orphans[] = {
+      "SELECT COUNT(*) FROM ACCTS WHERE CustID NOT IN (SELECT CustID FROM CUST_INFO)",
+      "SELECT COUNT(*) FROM ACCTS WHERE DealID NOT IN (SELECT DealID FROM DEAL_INFO)",
+      "SELECT COUNT(*) FROM ACCTS WHERE StockNum NOT IN (SELECT StockNum FROM INV_INFO)",
+      "SELECT COUNT(*) FROM DEAL_INFO WHERE StockNum NOT IN (SELECT StockNum FROM INV_INFO)",
+      "SELECT COUNT(*) FROM FIN_INFO WHERE DealID NOT IN (SELECT DealID FROM DEAL_INFO)",
+      "SELECT COUNT(*) FROM ACCT_HISTORY WHERE AcctNum NOT IN (SELECT AcctNum FROM ACCTS)",
+      "SELECT COUNT(*) FROM PTP WHERE AcctNum NOT IN (SELECT AcctNum FROM ACCTS)",
+      "SELECT COUNT(*) FROM NOTES WHERE AcctNum NOT IN (SELECT AcctNum FROM ACCTS)",
+      // Financed deals have an account, cash and bank deals none.
+      "SELECT COUNT(*) FROM DEAL_INFO D WHERE (DealType='BHPH') <> "
+      "EXISTS (SELECT 1 FROM ACCTS A WHERE A.DealID=D.DealID)",
+      // Sold vehicles carry the deal's date.
+      "SELECT COUNT(*) FROM DEAL_INFO D JOIN INV_INFO I ON I.StockNum=D.StockNum "
+      "WHERE I.DateSold IS NOT D.DealDate",
+  };
+  for (const char* sql : orphans) EXPECT_EQ(SqlValue(db, sql), "0") << sql;
+}
+
+TEST(DemoDatabaseTest, StatusesAndDatesAreSpreadAroundTheDemoDay) {
+  const std::string db = SmallDatabase();
+  for (const char* status : {"A", "P", "C", "R"}) {
+    EXPECT_NE(SqlValue(db, std::string("SELECT COUNT(*) FROM ACCTS WHERE Status='") + status + "'"),
+              "0")
+        << status;
+  }
+  // Active accounts: current ones and late ones in every bucket the demo filters use.
+  const auto buckets = SqlRows(
+      db,
+      "SELECT SUM(DaysLate=0), SUM(DaysLate BETWEEN 1 AND 30), SUM(DaysLate BETWEEN 31 AND 60), "
+      "SUM(DaysLate>60) FROM ACCTS WHERE Status='A'");
+  for (const std::string& count : buckets[0]) EXPECT_NE(count, "0");
+  // Lateness agrees with the next due date and the demo day.
+  EXPECT_EQ(SqlValue(db,
+                     "SELECT COUNT(*) FROM ACCTS WHERE Status='A' AND DaysLate <> "
+                     "MAX(0, CAST(julianday('2026-03-16') - julianday(Next_Pmt_Due) AS INTEGER))"),
+            "0");
+  EXPECT_EQ(SqlValue(db, "SELECT MIN(OpenDate) >= '2022-06-01' AND MAX(OpenDate) <= '2026-03-16' "
+                         "FROM ACCTS"),
+            "1");
+  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS WHERE Balance < 0 OR PayoffAmt < Balance"), "0");
+  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS WHERE Status='P' AND Balance <> 0"), "0");
+  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM PTP WHERE Kept='P' AND PromiseDate < '2026-03-16'"),
+            "0");
+  EXPECT_NE(SqlValue(db, "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate >= '2026-03-01'"), "0");
+  EXPECT_GE(std::stoi(SqlValue(db, "SELECT COUNT(DISTINCT Make) FROM INV_INFO")), 8);
+  EXPECT_EQ(SqlValue(db, "SELECT group_concat(DISTINCT Collector) FROM (SELECT Collector FROM "
+                         "ACCTS ORDER BY Collector)"),
+            "alice,bob,carol,dave,erin");
+}
+
+TEST(DemoDatabaseTest, AnotherDayMovesTheDates) {
+  TempFolder folder;
+  DemoDatabaseOptions options;
+  options.accounts = 50;
+  options.today = "2026-11-20";
+  options.schema_path = std::string(CVVE_DEMO_DIR) + "/schema.sql";
+  const std::string path = folder.Path("later.db");
+  GenerateDemoDatabase(path, options);
+  EXPECT_EQ(SqlValue(path, "SELECT MAX(OpenDate) <= '2026-11-20' AND MAX(OpenDate) > '2026-03-16' "
+                           "FROM ACCTS"),
+            "1");
+}
+
+TEST(DemoDatabaseTest, BadInputLeavesNoFile) {
+  TempFolder folder;
+  const std::string path = folder.Path("x.db");
+  DemoDatabaseOptions options;
+  options.accounts = 10;
+  options.schema_path = folder.Write("schema.sql", "CREATE TABLE ACCTS (oops");
+  EXPECT_THROW(GenerateDemoDatabase(path, options), Error);
+  options.schema_path = folder.Path("none.sql");
+  EXPECT_THROW(GenerateDemoDatabase(path, options), Error);
+  options.schema_path.clear();
+  options.today = "03/16/2026";
+  EXPECT_THROW(GenerateDemoDatabase(path, options), Error);
+  for (const auto& entry : std::filesystem::directory_iterator(folder.Path(""))) {
+    EXPECT_EQ(entry.path().filename().string().rfind("x.db", 0), std::string::npos)
+        << entry.path();
+  }
+}
+
+TEST(DemoDatabaseTest, DefaultDatabaseIsMadeOnceInTheCache) {
+  TempFolder folder;
+  const char* old = std::getenv("XDG_CACHE_HOME");
+  const std::string saved = old ? old : "";
+  setenv("XDG_CACHE_HOME", folder.Path("cache").c_str(), 1);
+  const std::string first = DefaultDemoDatabase();
+  const auto made = std::filesystem::last_write_time(first);
+  const std::string second = DefaultDemoDatabase();
+  const bool opens = Database("").Handle().isOpen();  // an empty URL is this database
+  if (old) {
+    setenv("XDG_CACHE_HOME", saved.c_str(), 1);
+  } else {
+    unsetenv("XDG_CACHE_HOME");
+  }
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(std::filesystem::last_write_time(second), made);
+  EXPECT_EQ(first.rfind(folder.Path("cache/cvviewedit/dealer-2000-1-"), 0), 0u) << first;
+  EXPECT_EQ(SqlValue(first, "SELECT COUNT(*) FROM ACCTS"), "2000");
+  EXPECT_TRUE(opens);
+}
+
+}  // namespace
+}  // namespace cvve::reportengine

@@ -1,0 +1,250 @@
+// The core's report engine port on QtSql, the viewer window, and the
+// `viewedit report` / `viewedit demo-db` commands.
+#include "reportengine/qt_report_engine.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFile>
+
+#include "base/error.h"
+#include "reportengine/page_renderer.h"
+#include "reportengine/report_viewer.h"
+#include "report_test_support.h"
+
+namespace cvve::reportengine {
+namespace {
+
+using testing::CvrSpec;
+using testing::CvrXml;
+using testing::HaveTool;
+using testing::RunCommand;
+using testing::SmallDatabase;
+using testing::SqlValue;
+using testing::TempFolder;
+
+CvrSpec ReceiptsForPeriod() {
+  CvrSpec spec;
+  spec.name = "Receipts For Period";
+  spec.statement =
+      R"("CQ:SELECT ReceiptNum, TransDate, Amount FROM ACCT_HISTORY WHERE TransDate BETWEEN '" + )"
+      R"($START_DATE + "' AND '" + $END_DATE + "' ORDER BY TransDate, ReceiptNum")";
+  spec.columns = {{"Receipt", "ACCT_HISTORY.ReceiptNum", "String"},
+                  {"Date", "ACCT_HISTORY.TransDate", "Date"},
+                  {"Amount", "ACCT_HISTORY.Amount", "Currency", "Right"}};
+  spec.variables = {{"$START_DATE", "Date"}, {"$END_DATE", "Date"}};
+  spec.totals = true;
+  return spec;
+}
+
+TEST(QtReportEngineTest, VariablesCollectionByPosition) {
+  TempFolder folder;
+  HeadlessReportEngine engine({SmallDatabase(), ""});
+  std::unique_ptr<Report> report = engine.CreateReport();
+  report->Load(folder.Write("r.cvr", CvrXml(ReceiptsForPeriod())));
+  ASSERT_EQ(report->VariableCount(), 2);
+  EXPECT_EQ(report->VariableName(1), "$START_DATE");
+  EXPECT_EQ(report->VariableName(2), "$END_DATE");
+  EXPECT_EQ(report->VariableValue(1), "");
+  report->SetVariableValue(2, "03/16/2026");
+  EXPECT_EQ(report->VariableValue(2), "03/16/2026");
+  for (int position : {0, 3, -1}) {
+    EXPECT_THROW(report->VariableName(position), Error) << position;
+    EXPECT_THROW(report->SetVariableValue(position, "x"), Error) << position;
+  }
+}
+
+TEST(QtReportEngineTest, RunAndShowAsThePreviewDoes) {
+  TempFolder folder;
+  HeadlessReportEngine engine({SmallDatabase(), ""});
+  std::unique_ptr<Report> report = engine.CreateReport();
+  report->Load(folder.Write("r.cvr", CvrXml(ReceiptsForPeriod())));
+  // The preview sets each variable whose name matches "$" + the slot's name.
+  for (int i = 1; i <= report->VariableCount(); ++i) {
+    if (report->VariableName(i) == "$START_DATE") report->SetVariableValue(i, "03/01/2026");
+    if (report->VariableName(i) == "$END_DATE") report->SetVariableValue(i, "03/16/2026");
+  }
+  std::unique_ptr<ReportResult> result = report->Run();
+  ASSERT_NE(result, nullptr);
+  const auto* laid_out = dynamic_cast<const LaidOutResult*>(result.get());
+  ASSERT_NE(laid_out, nullptr);
+  EXPECT_EQ(std::to_string(laid_out->Data().RowCount()),
+            SqlValue(SmallDatabase(), "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
+                                      "'2026-03-01' AND '2026-03-16'"));
+  EXPECT_GT(result->Count(), 0);
+  const int pages = result->Count();
+  std::unique_ptr<ReportViewer> viewer = engine.CreateViewer();
+  viewer->SetResult(std::move(result));
+  viewer->Show();
+  ASSERT_EQ(engine.ShownReports().size(), 1u);
+  const auto& shown = engine.ShownReports()[0];
+  EXPECT_EQ(shown.name, "Receipts For Period");
+  EXPECT_EQ(shown.pages, pages);
+  EXPECT_EQ(shown.variables,
+            (std::vector<std::string>{"$START_DATE=03/01/2026", "$END_DATE=03/16/2026"}));
+}
+
+TEST(QtReportEngineTest, EmptyResultCountsZeroAndFailuresThrow) {
+  TempFolder folder;
+  HeadlessReportEngine engine({SmallDatabase(), ""});
+  std::unique_ptr<Report> report = engine.CreateReport();
+  EXPECT_THROW(report->Run(), Error);  // nothing loaded
+  report->Load(folder.Write("r.cvr", CvrXml(ReceiptsForPeriod())));
+  std::unique_ptr<ReportResult> result = report->Run();  // no dates: no rows
+  EXPECT_EQ(result->Count(), 0);
+  EXPECT_EQ(dynamic_cast<SqlReport*>(report.get())->Warnings().size(), 2u);
+
+  EXPECT_THROW(report->Load(folder.Write("bad.cvr", "<CustomReport>")), Error);
+  HeadlessReportEngine nowhere({"/no/such.db", ""});
+  std::unique_ptr<Report> lost = nowhere.CreateReport();
+  lost->Load(folder.Path("r.cvr"));
+  try {
+    lost->Run();
+    ADD_FAILURE() << "ran";
+  } catch (const Error& e) {
+    EXPECT_EQ(std::string(e.what()), "the database file '/no/such.db' does not exist");
+  }
+}
+
+TEST(ReportViewerTest, NavigatesZoomsAndSaves) {
+  TempFolder folder;
+  HeadlessReportEngine engine({SmallDatabase(), ""});
+  std::unique_ptr<Report> report = engine.CreateReport();
+  CvrSpec spec = ReceiptsForPeriod();
+  spec.statement = R"("CQ:SELECT ReceiptNum, TransDate, Amount FROM ACCT_HISTORY ORDER BY HistID")";
+  spec.variables.clear();
+  report->Load(folder.Write("r.cvr", CvrXml(spec)));
+  std::unique_ptr<ReportResult> result = report->Run();
+  const auto layout = dynamic_cast<const LaidOutResult&>(*result).Layout();
+  ASSERT_GT(layout->pages.size(), 3u);
+
+  ReportViewerWindow window(layout);
+  EXPECT_EQ(window.PageCount(), static_cast<int>(layout->pages.size()));
+  EXPECT_EQ(window.CurrentPage(), 0);
+  window.NextPage();
+  window.NextPage();
+  EXPECT_EQ(window.CurrentPage(), 2);
+  window.PreviousPage();
+  EXPECT_EQ(window.CurrentPage(), 1);
+  window.LastPage();
+  EXPECT_EQ(window.CurrentPage(), window.PageCount() - 1);
+  window.NextPage();  // stays on the last page
+  EXPECT_EQ(window.CurrentPage(), window.PageCount() - 1);
+  window.ShowPage(-5);
+  EXPECT_EQ(window.CurrentPage(), 0);
+
+  window.SetZoom(1.0);
+  const int width = window.ShownImage().width();
+  EXPECT_NEAR(width, layout->width / 1440.0 * 96 * window.devicePixelRatioF(), 2);
+  window.ZoomIn();
+  EXPECT_GT(window.ShownImage().width(), width);
+  window.ZoomOut();
+  window.ZoomOut();
+  EXPECT_LT(window.ShownImage().width(), width);
+  window.SetZoom(100);
+  EXPECT_DOUBLE_EQ(window.Zoom(), 8.0);
+  window.resize(800, 600);
+  window.show();
+  QApplication::processEvents();
+  window.FitPage();
+  const double fit_page = window.Zoom();
+  window.FitWidth();
+  EXPECT_GT(window.Zoom(), fit_page);  // a portrait page is taller than it is wide
+
+  const std::string pdf = folder.Path("saved.pdf");
+  EXPECT_TRUE(window.SaveAsPdf(QString::fromStdString(pdf)));
+  EXPECT_GT(QFile(QString::fromStdString(pdf)).size(), 1000);
+}
+
+// The command line, run as a user would.
+class ViewEditCommandTest : public ::testing::Test {
+ protected:
+  int Run(const std::string& arguments, std::string* output = nullptr) {
+    return RunCommand("QT_QPA_PLATFORM=offscreen XDG_CACHE_HOME='" + folder_.Path("cache") +
+                          "' '" VIEWEDIT_PATH "' " + arguments,
+                      output);
+  }
+  TempFolder folder_;
+};
+
+TEST_F(ViewEditCommandTest, ReportToPdfAndCsv) {
+  const std::string cvr = folder_.Write("Receipts.cvr", CvrXml(ReceiptsForPeriod()));
+  const std::string csv = folder_.Path("out.csv");
+  std::string output;
+  ASSERT_EQ(Run("report '" + cvr + "' --database '" + SmallDatabase() +
+                    "' --set START_DATE=03/01/2026 --set '$END_DATE=2026-03-16' --csv '" + csv + "'",
+                &output),
+            0)
+      << output;
+  const std::string rows = SqlValue(SmallDatabase(),
+                                    "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
+                                    "'2026-03-01' AND '2026-03-16'");
+  EXPECT_NE(output.find("viewedit report: " + rows + " rows -> " + csv), std::string::npos)
+      << output;
+  QFile file(QString::fromStdString(csv));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll().count('\n'), std::stoi(rows) + 1);
+
+  // A missing variable: a warning, still a report.
+  const std::string pdf = folder_.Path("out.pdf");
+  ASSERT_EQ(Run("report '" + cvr + "' --database 'sqlite://" + SmallDatabase() +
+                    "' --set START_DATE=2026-03-01 --pdf '" + pdf + "'",
+                &output),
+            0)
+      << output;
+  EXPECT_NE(output.find("warning: the variable $END_DATE has no value; it is taken as empty"),
+            std::string::npos)
+      << output;
+  EXPECT_TRUE(QFile::exists(QString::fromStdString(pdf)));
+}
+
+TEST_F(ViewEditCommandTest, ExitCodes) {
+  const std::string cvr = folder_.Write("Receipts.cvr", CvrXml(ReceiptsForPeriod()));
+  const std::string db = " --database '" + SmallDatabase() + "'";
+  struct Case {
+    std::string arguments;
+    int code;
+    std::string message;
+  };
+  const Case cases[] = {
+      {"report '" + cvr + "'" + db + " --set NOEQUALS --pdf x.pdf", 2,
+       "viewedit report: --set 'NOEQUALS' is not NAME=VALUE"},
+      {"report '" + cvr + "'" + db + " --pdf a.pdf --csv b.csv", 2,
+       "viewedit report: give either --pdf or --csv, not both"},
+      {"report --pdf a.pdf", 2, "viewedit report: --pdf, --csv and --set need a report FILE"},
+      {"report '" + folder_.Path("missing.cvr") + "'" + db + " --pdf x.pdf", 1,
+       "missing.cvr: the report definition cannot be opened"},
+      {"report '" + folder_.Write("broken.cvr", "<CustomReport>\n<Name>") + "'" + db +
+           " --pdf x.pdf",
+       1, "broken.cvr: line 2, column 6: "},
+      {"report '" + cvr + "' --database /no/such.db --pdf x.pdf", 1,
+       "viewedit report: the database file '/no/such.db' does not exist"},
+      {"report '" + cvr + "'" + db + " --pdf /no/such/folder/x.pdf", 1, "cannot write"},
+      {"report '" + cvr + "'" + db, 1, "there is no display to show the report on"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.arguments);
+    std::string output;
+    EXPECT_EQ(Run(c.arguments, &output), c.code) << output;
+    EXPECT_NE(output.find(c.message), std::string::npos) << output;
+  }
+}
+
+TEST_F(ViewEditCommandTest, DemoDbIsDeterministic) {
+  const std::string a = folder_.Path("a.db");
+  const std::string b = folder_.Path("b.db");
+  std::string output;
+  ASSERT_EQ(Run("demo-db --accounts 150 --seed 3 --out '" + a + "'", &output), 0) << output;
+  ASSERT_EQ(Run("demo-db --accounts 150 --seed 3 --out '" + b + "'", &output), 0) << output;
+  EXPECT_NE(output.find("150 accounts"), std::string::npos) << output;
+  const std::string digest =
+      "SELECT group_concat(AcctNum || Status || Balance || Collector, ',') FROM ACCTS";
+  EXPECT_EQ(SqlValue(a, digest), SqlValue(b, digest));
+  EXPECT_EQ(SqlValue(a, "SELECT COUNT(*) FROM ACCTS"), "150");
+  ASSERT_EQ(Run("demo-db --accounts 150 --seed 4 --out '" + b + "'", &output), 0) << output;
+  EXPECT_NE(SqlValue(a, digest), SqlValue(b, digest));
+  EXPECT_EQ(Run("demo-db --today 2026-02-30x --out '" + b + "'", &output), 1);
+}
+
+}  // namespace
+}  // namespace cvve::reportengine

@@ -1,0 +1,167 @@
+#include "reportengine/report_expression.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "base/error.h"
+
+namespace cvve::reportengine {
+namespace {
+
+ExpressionContext Context(std::optional<std::string> group_value = std::nullopt) {
+  static const std::map<std::string, std::string> kVariables = {
+      {"$START_DATE", "2026-03-01"}, {"$NAME", "O\"Neil"}, {"$EMPTY", ""}};
+  ExpressionContext context;
+  context.variable = [](std::string_view name) -> std::optional<std::string> {
+    const auto it = kVariables.find(std::string(name));
+    if (it == kVariables.end()) return std::nullopt;
+    return it->second;
+  };
+  context.fxa = [group_value](std::string_view field) -> std::optional<std::string> {
+    if (!group_value || field != "INV_INFO.Collector") return std::nullopt;
+    return *group_value;
+  };
+  return context;
+}
+
+TEST(ReportExpressionTest, EvaluatesWellFormedExpressions) {
+  struct Case {
+    const char* expression;
+    const char* value;
+  };
+  const Case cases[] = {
+      {R"("abc")", "abc"},
+      {R"("")", ""},
+      {R"("say ""hi""")", R"(say "hi")"},
+      {R"("""")", R"(")"},
+      {R"("a" + "b")", "ab"},
+      {R"(  "a"+"b"  +   "c" )", "abc"},
+      {R"("x >= '" + $START_DATE + "'")", "x >= '2026-03-01'"},
+      {R"($NAME)", R"(O"Neil)"},
+      {R"("[" + $EMPTY + "]")", "[]"},
+      {R"("C='" + FXA([INV_INFO.Collector]) + "'")", "C='alice'"},
+      {R"("C='" + fxa ( [ INV_INFO.Collector ] ) + "'")", "C='alice'"},
+      {"\"line\none\"", "line\none"},
+      {R"("a+b" + "$NOT_A_VARIABLE")", "a+b$NOT_A_VARIABLE"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.expression);
+    const Evaluation result = EvaluateExpression(c.expression, Context("alice"));
+    EXPECT_EQ(result.value, c.value);
+    EXPECT_TRUE(result.missing.empty());
+  }
+}
+
+TEST(ReportExpressionTest, VariableWithoutValueIsEmptyAndListedOnce) {
+  const Evaluation result =
+      EvaluateExpression(R"("a" + $END_DATE + "b" + $END_DATE + $OTHER)", Context());
+  EXPECT_EQ(result.value, "ab");
+  EXPECT_EQ(result.missing, (std::vector<std::string>{"$END_DATE", "$OTHER"}));
+}
+
+TEST(ReportExpressionTest, MalformedInputNamesThePosition) {
+  struct Case {
+    const char* expression;
+    const char* message;  // the whole description
+  };
+  const Case cases[] = {
+      {"", "position 1: the expression is empty"},
+      {"   ", "position 4: the expression is empty"},
+      {R"("abc)", "position 1: the string is not closed"},
+      {R"("a" + "b)", "position 7: the string is not closed"},
+      {R"("a" "b")", "position 5: expected '+' between terms, found '\"'"},
+      {R"("a" +)", "position 6: expected a term after '+', found the end"},
+      {R"("a" + + "b")", "position 7: expected a string in double quotes, a $variable or "
+                         "FXA([field]), found '+'"},
+      {R"(+ "a")", "position 1: expected a string in double quotes, a $variable or FXA([field]), "
+                   "found '+'"},
+      {R"('a')", "position 1: expected a string in double quotes, a $variable or FXA([field]), "
+                 "found '''"},
+      {R"("a" + $)", "position 7: '$' is not followed by a variable name"},
+      {R"("a" + $-x)", "position 7: '$' is not followed by a variable name"},
+      {R"(FXA[INV_INFO.Collector])", "position 4: expected '(' in FXA, found '['"},
+      {R"(FXA(INV_INFO.Collector))", "position 5: expected '[' in FXA, found 'I'"},
+      {R"(FXA([INV_INFO.Collector)", "position 6: the field name in FXA is not closed by ']'"},
+      {R"(FXA([INV_INFO.Collector])", "position 25: expected ')' in FXA, found the end"},
+      {R"(FXA([]))", "position 6: FXA names no field"},
+      {R"(FXAB([X]))", "position 1: expected a string in double quotes, a $variable or "
+                       "FXA([field]), found 'F'"},
+      {R"("é" + x)", "position 7: expected a string in double quotes, a $variable or "
+                     "FXA([field]), found 'x'"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.expression);
+    try {
+      EvaluateExpression(c.expression, Context("alice"));
+      ADD_FAILURE() << "no error";
+    } catch (const Error& e) {
+      EXPECT_EQ(std::string(e.what()), c.message);
+    }
+  }
+}
+
+TEST(ReportExpressionTest, FxaWithoutAGroupValueIsAnError) {
+  // Ungrouped (no value) and another field than the group's.
+  for (const auto& [expression, group] :
+       {std::pair{R"("x" + FXA([INV_INFO.Collector]))", std::optional<std::string>()},
+        std::pair{R"("x" + FXA([INV_INFO.Salesman]))", std::optional<std::string>("alice")}}) {
+    SCOPED_TRACE(expression);
+    try {
+      EvaluateExpression(expression, Context(group));
+      ADD_FAILURE() << "no error";
+    } catch (const Error& e) {
+      EXPECT_NE(std::string(e.what()).find("position 7: FXA(["), std::string::npos) << e.what();
+    }
+  }
+}
+
+TEST(ReportExpressionTest, PrepareStatementUndoesTheStoredForms) {
+  struct Case {
+    const char* value;
+    const char* user_where;
+    const char* statement;
+  };
+  const Case cases[] = {
+      {"CQ:SELECT 1", "", "SELECT 1"},
+      {"CQ:SELECT * FROM T WHERE A #@! 5 AND B !@# 2", "", "SELECT * FROM T WHERE A < 5 AND B > 2"},
+      {"CQ:SELECT * FROM T WHERE %USERWHERE%", "", "SELECT * FROM T WHERE 1=1"},
+      {"CQ:SELECT * FROM T WHERE %USERWHERE% AND %USERWHERE%", "C='bob'",
+       "SELECT * FROM T WHERE C='bob' AND C='bob'"},
+      {"CQ:SELECT * FROM T WHERE D=#2026-03-05#", "", "SELECT * FROM T WHERE D='2026-03-05'"},
+      {"CQ:SELECT * FROM T WHERE D=#3/5/2026# OR E=#12/31/2025#", "",
+       "SELECT * FROM T WHERE D='2026-03-05' OR E='2025-12-31'"},
+      // Hash marks around anything else stay.
+      {"CQ:SELECT '#1' || '#2', '#13/40/2026#' FROM T", "",
+       "SELECT '#1' || '#2', '#13/40/2026#' FROM T"},
+      {"CQ:SELECT '#' FROM T WHERE D=#2026-01-02#", "", "SELECT '#' FROM T WHERE D='2026-01-02'"},
+      {"CQ:", "", ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.value);
+    EXPECT_EQ(PrepareStatement(c.value, c.user_where), c.statement);
+  }
+}
+
+TEST(ReportExpressionTest, IsoDateAcceptsTheWrittenForms) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"2026-03-05", "2026-03-05"}, {"03/05/2026", "2026-03-05"}, {"3/5/2026", "2026-03-05"},
+      {"12/31/2025", "2025-12-31"}, {"13/01/2026", nullptr},      {"2026-3-5", nullptr},
+      {"03/05/26", nullptr},        {"", nullptr},                {"next week", nullptr},
+      {"00/10/2026", nullptr},      {"2026-02-30x", nullptr},
+  };
+  for (const auto& [text, iso] : cases) {
+    SCOPED_TRACE(text);
+    const std::optional<std::string> result = IsoDate(text);
+    if (iso == nullptr) {
+      EXPECT_FALSE(result.has_value()) << *result;
+    } else {
+      EXPECT_EQ(result.value_or("(none)"), iso);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace cvve::reportengine

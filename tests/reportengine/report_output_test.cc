@@ -1,0 +1,327 @@
+// Layout, PDF and CSV of reports run on the small test database.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <sstream>
+
+#include "base/error.h"
+#include "reportengine/csv_writer.h"
+#include "reportengine/database.h"
+#include "reportengine/page_renderer.h"
+#include "reportengine/paginator.h"
+#include "reportengine/report_runner.h"
+#include "report_test_support.h"
+
+namespace cvve::reportengine {
+namespace {
+
+using testing::CvrSpec;
+using testing::CvrXml;
+using testing::Grouped;
+using testing::HaveTool;
+using testing::RunCommand;
+using testing::SmallDatabase;
+using testing::SqlRows;
+using testing::SqlValue;
+using testing::TempFolder;
+
+struct Output {
+  ReportDefinition def;
+  ReportData data;
+  ReportLayout layout;
+};
+
+Output Produce(const CvrSpec& spec, const TempFolder& folder) {
+  Output out;
+  out.def = LoadReportDefinition(folder.Write(spec.name + ".cvr", CvrXml(spec)));
+  Database db(SmallDatabase());
+  out.data = RunReport(out.def, db, {});
+  out.layout = Paginate(out.def, out.data);
+  return out;
+}
+
+CvrSpec AllAccounts() {
+  CvrSpec spec;
+  spec.name = "All Accounts";
+  spec.statement =
+      R"("CQ:SELECT ACCTS.AcctNum,CUST_INFO.LastName,CUST_INFO.City,ACCTS.Status,ACCTS.Balance )"
+      R"(FROM ACCTS INNER JOIN CUST_INFO ON CUST_INFO.CustID=ACCTS.CustID ORDER BY ACCTS.AcctNum")";
+  spec.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1200},
+                  {"Last Name", "CUST_INFO.LastName", "String", "Left", 2000},
+                  {"City", "CUST_INFO.City", "String", "Left", 2000},
+                  {"Status", "ACCTS.Status", "String", "Center", 900},
+                  {"Balance", "ACCTS.Balance", "Currency", "Right", 1500}};
+  spec.totals = spec.line_count = true;
+  return spec;
+}
+
+CvrSpec BalancesByCollector() {
+  CvrSpec spec;
+  spec.name = "Balances By Collector";
+  spec.grouped = true;
+  spec.group_report_field = "INV_INFO.Collector";
+  spec.group_title = "Collector";
+  spec.group_statement = R"("CQ:SELECT DISTINCT Collector FROM ACCTS WHERE Status='A' ORDER BY 1")";
+  spec.statement =
+      R"("CQ:SELECT AcctNum,DaysLate,Balance FROM ACCTS WHERE Status='A' AND )"
+      R"(Collector='" + FXA([INV_INFO.Collector]) + "' ORDER BY AcctNum")";
+  spec.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1500},
+                  {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1200},
+                  {"Balance", "ACCTS.Balance", "Currency", "Right", 1800}};
+  spec.totals = spec.averages = spec.line_count = true;
+  return spec;
+}
+
+// Body texts of the first column: one per printed row.
+long long RowsPrinted(const ReportLayout& layout, float first_column_x) {
+  long long rows = 0;
+  for (const PageDescription& page : layout.pages) {
+    for (const PageText& text : page.texts) {
+      if (text.font == FontRole::kBody && std::abs(text.x - first_column_x) < 1) ++rows;
+    }
+  }
+  return rows;
+}
+
+TEST(ReportOutputTest, PagesFollowPaperAndOrientation) {
+  TempFolder folder;
+  struct Paper {
+    int size, orientation;
+    double width, height;  // twips
+  };
+  const Paper papers[] = {{0, 0, 12240, 15840}, {0, 1, 15840, 12240}, {1, 0, 12240, 20160},
+                          {2, 0, 11906, 16838}, {3, 0, 15840, 24480}, {3, 1, 24480, 15840}};
+  std::map<std::pair<int, int>, std::size_t> pages;
+  for (const Paper& paper : papers) {
+    SCOPED_TRACE(std::to_string(paper.size) + "/" + std::to_string(paper.orientation));
+    CvrSpec spec = AllAccounts();
+    spec.page_size = paper.size;
+    spec.orientation = paper.orientation;
+    const Output out = Produce(spec, folder);
+    EXPECT_NEAR(out.layout.width, paper.width, 1);
+    EXPECT_NEAR(out.layout.height, paper.height, 1);
+    pages[{paper.size, paper.orientation}] = out.layout.pages.size();
+    // Every row is printed once; nothing runs off the page or past the margins.
+    EXPECT_EQ(RowsPrinted(out.layout, 720 + 60), out.data.RowCount());
+    const int count = static_cast<int>(out.layout.pages.size());
+    for (int p = 0; p < count; ++p) {
+      const PageDescription& page = out.layout.pages[static_cast<std::size_t>(p)];
+      bool numbered = false;
+      for (const PageText& text : page.texts) {
+        EXPECT_GE(text.x, 700);
+        EXPECT_GE(text.y, 720);
+        EXPECT_LE(text.y, paper.height - 720);
+        numbered = numbered || text.text == QStringLiteral("Page %1 of %2").arg(p + 1).arg(count);
+      }
+      EXPECT_TRUE(numbered) << "page " << p + 1;
+    }
+  }
+  // Taller paper holds more rows per page.
+  auto count = [&pages](int size, int orientation) { return pages[{size, orientation}]; };
+  EXPECT_GT(count(0, 1), count(0, 0));  // Letter landscape vs portrait
+  EXPECT_LT(count(1, 0), count(0, 0));  // Legal vs Letter
+  EXPECT_LT(count(3, 0), count(1, 0));  // Ledger vs Legal
+  EXPECT_EQ(count(3, 1), count(0, 0));  // Ledger landscape is as tall as Letter portrait
+}
+
+TEST(ReportOutputTest, ColumnHeadersAndGroupHeadingsOnEveryPage) {
+  TempFolder folder;
+  const Output out = Produce(BalancesByCollector(), folder);
+  ASSERT_GT(out.layout.pages.size(), 2u);
+  for (const PageDescription& page : out.layout.pages) {
+    int headers = 0;
+    bool heading = false;
+    for (const PageText& text : page.texts) {
+      headers += text.font == FontRole::kColumnHeader;
+      heading = heading || (text.font == FontRole::kGroupHeading &&
+                            text.text.startsWith(QStringLiteral("Collector: ")));
+    }
+    EXPECT_GE(headers, 3);
+    EXPECT_TRUE(heading);
+  }
+}
+
+TEST(ReportOutputTest, MultiLineWrapsAndSingleLineElides) {
+  TempFolder folder;
+  CvrSpec spec;
+  spec.name = "Notes";
+  spec.statement = R"("CQ:SELECT NoteID, NoteText || ' ' || NoteText FROM NOTES ORDER BY NoteID LIMIT 40")";
+  spec.columns = {{"Note", "NOTES.NoteID", "String", "Left", 800},
+                  {"Text", "NOTES.NoteText", "String", "Left", 2200}};
+  const Output single = Produce(spec, folder);
+  spec.multi_line = true;
+  spec.name = "Notes Wrapped";
+  const Output wrapped = Produce(spec, folder);
+  auto body = [](const Output& out) {
+    std::vector<QString> texts;
+    for (const PageText& text : out.layout.pages[0].texts) {
+      if (text.font == FontRole::kBody && text.x > 1500) texts.push_back(text.text);
+    }
+    return texts;
+  };
+  const auto cut = body(single);
+  const auto lines = body(wrapped);
+  ASSERT_EQ(static_cast<long long>(cut.size()), single.data.RowCount());
+  EXPECT_GT(lines.size(), cut.size());
+  bool elided = false;
+  for (const QString& text : cut) elided = elided || text.endsWith(QChar(0x2026));
+  EXPECT_TRUE(elided);
+  for (const QString& text : lines) EXPECT_FALSE(text.endsWith(QChar(0x2026))) << text.toStdString();
+}
+
+TEST(ReportOutputTest, PdfTextPagesAndPaper) {
+  if (!HaveTool("pdftotext") || !HaveTool("pdfinfo")) GTEST_SKIP() << "poppler-utils missing";
+  TempFolder folder;
+  const Output out = Produce(BalancesByCollector(), folder);
+  const std::string pdf = folder.Path("balances.pdf");
+  WritePdf(out.layout, QString::fromStdString(pdf));
+
+  std::string info;
+  ASSERT_EQ(RunCommand("pdfinfo '" + pdf + "'", &info), 0) << info;
+  auto has = [&info](const std::string& pattern) {
+    return std::regex_search(info, std::regex(pattern));
+  };
+  EXPECT_TRUE(has("Pages: +" + std::to_string(out.layout.pages.size()) + "\n")) << info;
+  EXPECT_TRUE(has("Page size: +612 x 792 pts \\(letter\\)")) << info;
+  EXPECT_TRUE(has("Title: +Balances By Collector")) << info;
+
+  std::string text;
+  ASSERT_EQ(RunCommand("pdftotext -layout '" + pdf + "' -", &text), 0);
+  const std::string db = SmallDatabase();
+  EXPECT_NE(text.find("Balances By Collector"), std::string::npos);
+  EXPECT_NE(text.find("Page 1 of " + std::to_string(out.layout.pages.size())), std::string::npos);
+  for (const auto& row : SqlRows(db,
+                                 "SELECT Collector, COUNT(*), printf('%.2f', SUM(Balance)), "
+                                 "printf('%.2f', AVG(Balance)) FROM ACCTS WHERE Status='A' "
+                                 "GROUP BY Collector")) {
+    EXPECT_NE(text.find("Collector: " + row[0]), std::string::npos) << row[0];
+    EXPECT_NE(text.find("Count: " + row[1]), std::string::npos) << row[0];
+    EXPECT_NE(text.find("$" + Grouped(row[2])), std::string::npos) << row[0] << " total";
+    EXPECT_NE(text.find("$" + Grouped(row[3])), std::string::npos) << row[0] << " average";
+  }
+  const auto grand = SqlRows(db,
+                             "SELECT COUNT(*), printf('%.2f', SUM(Balance)), printf('%.2f', "
+                             "AVG(Balance)), printf('%.2f', AVG(DaysLate)) FROM ACCTS WHERE Status='A'");
+  const std::regex total_line("Grand Total +[0-9]+ +\\$" + std::regex_replace(
+                                  Grouped(grand[0][1]), std::regex("[.]"), "\\."));
+  EXPECT_TRUE(std::regex_search(text, total_line)) << "grand total " << grand[0][1];
+  EXPECT_NE(text.find("Grand Count: " + grand[0][0]), std::string::npos);
+  EXPECT_NE(text.find(grand[0][3]), std::string::npos) << "average days late";
+
+  // A landscape Legal report is 1008 x 612 points.
+  CvrSpec legal = AllAccounts();
+  legal.page_size = 1;
+  legal.orientation = 1;
+  const Output wide = Produce(legal, folder);
+  WritePdf(wide.layout, QString::fromStdString(folder.Path("legal.pdf")));
+  ASSERT_EQ(RunCommand("pdfinfo '" + folder.Path("legal.pdf") + "'", &info), 0);
+  EXPECT_TRUE(has("Page size: +1008 x 612 pts")) << info;
+}
+
+// Renders page 1 of a grouped report to PNG with poppler (for a person to
+// look at: it is kept in the build folder) and checks that it has ink where
+// the page has text and none in the margins.
+TEST(ReportOutputTest, PdfPageRendersToPng) {
+  if (!HaveTool("pdftoppm")) GTEST_SKIP() << "poppler-utils missing";
+  TempFolder folder;
+  const Output out = Produce(BalancesByCollector(), folder);
+  const std::string pdf = std::string(REPORT_TEST_OUTPUT_DIR) + "/report_page.pdf";
+  WritePdf(out.layout, QString::fromStdString(pdf));
+  const std::string png = std::string(REPORT_TEST_OUTPUT_DIR) + "/report_page1";
+  ASSERT_EQ(RunCommand("pdftoppm -r 72 -f 1 -l 1 -singlefile -png '" + pdf + "' '" + png + "'"), 0);
+  QImage image(QString::fromStdString(png + ".png"));
+  ASSERT_FALSE(image.isNull());
+  EXPECT_EQ(image.width(), 612);
+  EXPECT_EQ(image.height(), 792);
+  auto dark = [&image](int x0, int y0, int x1, int y1) {
+    int count = 0;
+    for (int y = y0; y < y1; ++y) {
+      for (int x = x0; x < x1; ++x) count += qGray(image.pixel(x, y)) < 128;
+    }
+    return count;
+  };
+  EXPECT_EQ(dark(0, 0, 612, 30), 0);        // top margin
+  EXPECT_EQ(dark(0, 0, 30, 792), 0);        // left margin
+  EXPECT_GT(dark(36, 36, 300, 60), 100);    // the title
+  EXPECT_GT(dark(36, 100, 400, 700), 1000); // the rows
+  // The viewer's own rendering of the same page has its text lines where
+  // the PDF has them.
+  const QImage own = RenderPageImage(out.layout, 0, 72);
+  ASSERT_EQ(own.size(), image.size());
+  auto inked_rows = [](const QImage& picture) {
+    std::vector<bool> rows(static_cast<std::size_t>(picture.height()));
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width() && !rows[static_cast<std::size_t>(y)]; ++x) {
+        rows[static_cast<std::size_t>(y)] = qGray(picture.pixel(x, y)) < 160;
+      }
+    }
+    return rows;
+  };
+  const std::vector<bool> from_pdf = inked_rows(image);
+  const std::vector<bool> from_viewer = inked_rows(own);
+  int agree = 0;
+  for (std::size_t y = 0; y < from_pdf.size(); ++y) agree += from_pdf[y] == from_viewer[y];
+  EXPECT_GT(agree, image.height() * 9 / 10);
+}
+
+TEST(ReportOutputTest, CsvHasTitlesRowsAndTheGroupColumn) {
+  TempFolder folder;
+  const Output out = Produce(BalancesByCollector(), folder);
+  std::ostringstream csv;
+  WriteCsv(out.def, out.data, csv);
+  std::istringstream lines(csv.str());
+  std::string line;
+  ASSERT_TRUE(std::getline(lines, line));
+  EXPECT_EQ(line, "Collector,Account,Days Late,Balance\r");
+  std::map<std::string, int> per_group;
+  long long rows = 0;
+  while (std::getline(lines, line)) {
+    ++rows;
+    per_group[line.substr(0, line.find(','))]++;
+  }
+  EXPECT_EQ(rows, out.data.RowCount());
+  for (const auto& row :
+       SqlRows(SmallDatabase(), "SELECT Collector, COUNT(*) FROM ACCTS WHERE Status='A' GROUP BY 1")) {
+    EXPECT_EQ(std::to_string(per_group[row[0]]), row[1]) << row[0];
+  }
+
+  // Quotes, commas and line breaks are quoted.
+  CvrSpec spec;
+  spec.name = "Odd Text";
+  spec.statement = R"("CQ:SELECT 'a,b', 'say ""hi""', 'two' || char(10) || 'lines', 1234.5")";
+  spec.columns = {{"A", "X.A", "String"}, {"B", "X.B", "String"}, {"C", "X.C", "String"},
+                  {"Amount, $", "X.D", "Currency"}};
+  const Output odd = Produce(spec, folder);
+  std::ostringstream text;
+  WriteCsv(odd.def, odd.data, text);
+  EXPECT_EQ(text.str(),
+            "A,B,C,\"Amount, $\"\r\n\"a,b\",\"say \"\"hi\"\"\",\"two\nlines\",\"$1,234.50\"\r\n");
+}
+
+TEST(ReportOutputTest, EmptyReportStillHasAPage) {
+  TempFolder folder;
+  CvrSpec spec = AllAccounts();
+  spec.statement = R"("CQ:SELECT AcctNum, 1, 2, 3, 4 FROM ACCTS WHERE 1=0")";
+  const Output out = Produce(spec, folder);
+  EXPECT_EQ(out.data.RowCount(), 0);
+  ASSERT_EQ(out.layout.pages.size(), 1u);
+  bool said = false;
+  for (const PageText& text : out.layout.pages[0].texts) {
+    said = said || text.text == QStringLiteral("No records found.");
+  }
+  EXPECT_TRUE(said);
+}
+
+TEST(ReportOutputTest, UnwritablePdfIsAnError) {
+  TempFolder folder;
+  const Output out = Produce(AllAccounts(), folder);
+  EXPECT_THROW(WritePdf(out.layout, QStringLiteral("/no/such/folder/x.pdf")), Error);
+}
+
+}  // namespace
+}  // namespace cvve::reportengine
