@@ -184,7 +184,8 @@ void Binder::Bind(ui::ListBox& model, QListWidget* w) {
   });
   Add(model, [this, &model, w] {
     bool same = w->count() == model.ListCount();
-    for (int i = 0; same && i < model.ListCount(); ++i) same = w->item(i)->text() == Q(model.List(i));
+    for (int i = 0; same && i < model.ListCount(); ++i)
+      same = w->item(i)->text() == Q(model.List(i));
     if (!same) {
       w->clear();
       for (const auto& text : model.Items()) w->addItem(Q(text));
@@ -221,9 +222,8 @@ void Binder::Bind(ui::OptionGroup& model, const std::vector<QRadioButton*>& butt
     w->setObjectName(Q(model.Name() + "(" + std::to_string(i) + ")"));
     w->setText(Q(model.Caption(i)));
     group->addButton(w, i);
-    connect(w, &QRadioButton::clicked, this, [this, &model, i] {
-      Act([&model, i] { model.SetValue(i); });
-    });
+    connect(w, &QRadioButton::clicked, this,
+            [this, &model, i] { Act([&model, i] { model.SetValue(i); }); });
   }
   Add(model, [this, &model, buttons] {
     for (int i = 0; i < static_cast<int>(buttons.size()) && i < model.Count(); ++i) {
@@ -367,7 +367,8 @@ TreeModel* Binder::Bind(ui::TreeView& model, QTreeView* view) {
     for (ui::NodeId id = 0; id < nodes->NodeCount() && id < model.Count(); ++id) {
       if (model.Children(id).empty()) continue;
       const QModelIndex at = nodes->IndexOf(id);
-      if (view->isExpanded(at) != model.Node(id).expanded) view->setExpanded(at, model.Node(id).expanded);
+      if (view->isExpanded(at) != model.Node(id).expanded)
+        view->setExpanded(at, model.Node(id).expanded);
     }
     const QModelIndex want = nodes->IndexOf(model.SelectedNode());
     if (view->currentIndex() != want) {

@@ -61,10 +61,14 @@ int CeilDiv(int twips, int per_pixel) {
 
 int MouseButtonCode(Qt::MouseButton button) {
   switch (button) {
-    case Qt::LeftButton: return 1;
-    case Qt::RightButton: return 2;
-    case Qt::MiddleButton: return 4;
-    default: return 0;
+    case Qt::LeftButton:
+      return 1;
+    case Qt::RightButton:
+      return 2;
+    case Qt::MiddleButton:
+      return 4;
+    default:
+      return 0;
   }
 }
 
@@ -301,8 +305,8 @@ void EditorWindow::BuildLayout() {
   }
   l6->setColumnStretch(1, 1);
   int row = 2;
-  for (ui::CheckBox* box : {&ed_.chkSortGroup, &ed_.chkTotals, &ed_.chkAverages,
-                            &ed_.chkShowLineCount}) {
+  for (ui::CheckBox* box :
+       {&ed_.chkSortGroup, &ed_.chkTotals, &ed_.chkAverages, &ed_.chkShowLineCount}) {
     auto* check = new QCheckBox(step6);
     binder_.Bind(*box, check);
     l6->addWidget(check, row++, 0, 1, 3);
@@ -344,7 +348,8 @@ void EditorWindow::BuildLayout() {
   col_b->addItem(col_b_spacer_);
 
   // The statement that a save would store, read-only.
-  auto* pane = Step("Statement Saved With This Profile", this);
+  pane_ = Step("Statement Saved With This Profile", this);
+  QGroupBox* pane = pane_;
   auto* lp = new QVBoxLayout(pane);
   statement_ = new QPlainTextEdit(pane);
   statement_->setObjectName("txtStatement");
@@ -440,15 +445,41 @@ void EditorWindow::BindModels() {
 
 void EditorWindow::SetTabOrder() {
   std::vector<QWidget*> chain{search_, tree_};
-  for (const char* name : {"cmdNewProfile", "cmdCopyProfile", "cmdEditProfile",
-                           "cmdDeleteProfile", "cmdSaveProfile", "cmbDataSet", "cmbAcctViewType",
-                           "lstvwTabs", "lstAvailColumns", "cmdAddForm", "cmdRemoveForm",
-                           "cmdRemoveAll", "lstUsedColumns", "cmdMove(0)", "cmdMove(1)",
-                           "optFilter(0)", "optFilter(1)", "cmdAdvancedFilter", "lstFilters",
-                           "cmbSort(0)", "cmbSortASCDESC(0)", "cmbSort(1)", "cmbSortASCDESC(1)",
-                           "chkSortGroup", "chkTotals", "chkAverages", "chkShowLineCount",
-                           "cmbOrientation", "cmbPageSize", "chkMultiLine", "chkStartEnd",
-                           "cmdEditVariables", "cmdExport", "cmdPreviewReport", "cmdOK",
+  for (const char* name : {"cmdNewProfile",
+                           "cmdCopyProfile",
+                           "cmdEditProfile",
+                           "cmdDeleteProfile",
+                           "cmdSaveProfile",
+                           "cmbDataSet",
+                           "cmbAcctViewType",
+                           "lstvwTabs",
+                           "lstAvailColumns",
+                           "cmdAddForm",
+                           "cmdRemoveForm",
+                           "cmdRemoveAll",
+                           "lstUsedColumns",
+                           "cmdMove(0)",
+                           "cmdMove(1)",
+                           "optFilter(0)",
+                           "optFilter(1)",
+                           "cmdAdvancedFilter",
+                           "lstFilters",
+                           "cmbSort(0)",
+                           "cmbSortASCDESC(0)",
+                           "cmbSort(1)",
+                           "cmbSortASCDESC(1)",
+                           "chkSortGroup",
+                           "chkTotals",
+                           "chkAverages",
+                           "chkShowLineCount",
+                           "cmbOrientation",
+                           "cmbPageSize",
+                           "chkMultiLine",
+                           "chkStartEnd",
+                           "cmdEditVariables",
+                           "cmdExport",
+                           "cmdPreviewReport",
+                           "cmdOK",
                            "cmdCancel"}) {
     if (auto* w = findChild<QWidget*>(name)) chain.push_back(w);
   }
@@ -491,6 +522,8 @@ bool EditorWindow::ApplyReportMode() {
   // page and input variables matter most, so they take step 3's place.
   step1_->setTitle(report ? "1. Select A Report" : "1. Select A Profile");
   current_label_->setText(report ? "Current report:" : "Current profile:");
+  pane_->setTitle(report ? "Statement Saved With This Report"
+                         : "Statement Saved With This Profile");
   search_->setVisible(!report);
   folder_label_->setVisible(!report);
   binder_.SetLayoutHidden(folder_, report);
@@ -554,9 +587,7 @@ void EditorWindow::AfterRefresh() {
   }
 }
 
-bool EditorWindow::cellPainterShown() const {
-  return filters_->itemDelegate() == cell_delegate_;
-}
+bool EditorWindow::cellPainterShown() const { return filters_->itemDelegate() == cell_delegate_; }
 
 void EditorWindow::UpdateFilterMetrics() {
   ui::ListView& list = ed_.lstFilters;
@@ -652,8 +683,12 @@ bool EditorWindow::ValueEditorEvent(int which, QEvent* event) {
     }
     case QEvent::FocusOut: {
       auto* focus = static_cast<QFocusEvent*>(event);
-      // The box's own drop-down takes the focus for a moment; that is no loss.
-      if (focus->reason() == Qt::PopupFocusReason) return false;
+      // The box's own drop-down takes the focus for a moment, and another
+      // window being activated leaves it where it is: no loss either way.
+      if (focus->reason() == Qt::PopupFocusReason ||
+          focus->reason() == Qt::ActiveWindowFocusReason) {
+        return false;
+      }
       QWidget* now = QApplication::focusWidget();
       QWidget* popup = valueEditor(which)->view();
       if (now && popup && (now == popup || now->window() == popup->window())) return false;

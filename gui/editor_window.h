@@ -98,6 +98,7 @@ class EditorWindow : public QWidget {
   QComboBox* value2_ = nullptr;
   FilterCellDelegate* cell_delegate_ = nullptr;
   QStyledItemDelegate* plain_delegate_ = nullptr;
+  QGroupBox* pane_ = nullptr;
   QPlainTextEdit* statement_ = nullptr;
   QLabel* changed_ = nullptr;
   QPushButton* export_ = nullptr;

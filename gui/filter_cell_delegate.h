@@ -3,9 +3,9 @@
 // for them (FilterCellColor): the pale-yellow cells are the ones an in-place
 // editor opens on; every other cell is black on white. Installed on lstFilters
 // only while the editor's cell painter is installed.
-#include "gui/row_delegate.h"
 #include <functional>
 #include <string>
+#include "gui/row_delegate.h"
 
 namespace cvve {
 class frmAcctViewEdit;

@@ -5,9 +5,12 @@ namespace cvve::gui {
 namespace {
 Qt::Alignment ToQt(ui::Alignment alignment) {
   switch (alignment) {
-    case ui::Alignment::kRight: return Qt::AlignRight | Qt::AlignVCenter;
-    case ui::Alignment::kCenter: return Qt::AlignHCenter | Qt::AlignVCenter;
-    case ui::Alignment::kLeft: break;
+    case ui::Alignment::kRight:
+      return Qt::AlignRight | Qt::AlignVCenter;
+    case ui::Alignment::kCenter:
+      return Qt::AlignHCenter | Qt::AlignVCenter;
+    case ui::Alignment::kLeft:
+      break;
   }
   return Qt::AlignLeft | Qt::AlignVCenter;
 }
@@ -53,8 +56,7 @@ QVariant ListViewModel::data(const QModelIndex& index, int role) const {
     case Qt::ToolTipRole: {
       if (column == 0) return QString::fromStdString(item.text);
       auto sub = static_cast<std::size_t>(column - 1);
-      return sub < item.sub_items.size() ? QString::fromStdString(item.sub_items[sub])
-                                         : QString();
+      return sub < item.sub_items.size() ? QString::fromStdString(item.sub_items[sub]) : QString();
     }
     case Qt::CheckStateRole:
       if (column == 0) return item.checked ? Qt::Checked : Qt::Unchecked;

@@ -21,21 +21,30 @@ QString Q(const std::string& text) {
 
 QMessageBox::Icon ToQt(ui::Icon icon) {
   switch (icon) {
-    case ui::Icon::kCritical: return QMessageBox::Critical;
-    case ui::Icon::kQuestion: return QMessageBox::Question;
-    case ui::Icon::kExclamation: return QMessageBox::Warning;
-    case ui::Icon::kInformation: return QMessageBox::Information;
-    case ui::Icon::kNone: break;
+    case ui::Icon::kCritical:
+      return QMessageBox::Critical;
+    case ui::Icon::kQuestion:
+      return QMessageBox::Question;
+    case ui::Icon::kExclamation:
+      return QMessageBox::Warning;
+    case ui::Icon::kInformation:
+      return QMessageBox::Information;
+    case ui::Icon::kNone:
+      break;
   }
   return QMessageBox::NoIcon;
 }
 
 QMessageBox::StandardButtons ToQt(ui::Buttons buttons) {
   switch (buttons) {
-    case ui::Buttons::kOk: return QMessageBox::Ok;
-    case ui::Buttons::kOkCancel: return QMessageBox::Ok | QMessageBox::Cancel;
-    case ui::Buttons::kYesNo: return QMessageBox::Yes | QMessageBox::No;
-    case ui::Buttons::kYesNoCancel: return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case ui::Buttons::kOk:
+      return QMessageBox::Ok;
+    case ui::Buttons::kOkCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case ui::Buttons::kYesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case ui::Buttons::kYesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
   }
   return QMessageBox::Ok;
 }
@@ -66,18 +75,26 @@ ui::Answer QtPrompter::MsgBox(const std::string& text, ui::Buttons buttons, ui::
   box.exec();
   if (waiting) QApplication::restoreOverrideCursor();
   switch (box.standardButton(box.clickedButton())) {
-    case QMessageBox::Yes: return ui::Answer::kYes;
-    case QMessageBox::No: return ui::Answer::kNo;
-    case QMessageBox::Cancel: return ui::Answer::kCancel;
-    case QMessageBox::Ok: return ui::Answer::kOk;
-    default: break;
+    case QMessageBox::Yes:
+      return ui::Answer::kYes;
+    case QMessageBox::No:
+      return ui::Answer::kNo;
+    case QMessageBox::Cancel:
+      return ui::Answer::kCancel;
+    case QMessageBox::Ok:
+      return ui::Answer::kOk;
+    default:
+      break;
   }
   // Closed without a button: the box's escape answer.
   switch (buttons) {
-    case ui::Buttons::kOk: return ui::Answer::kOk;
-    case ui::Buttons::kYesNo: return ui::Answer::kNo;
+    case ui::Buttons::kOk:
+      return ui::Answer::kOk;
+    case ui::Buttons::kYesNo:
+      return ui::Answer::kNo;
     case ui::Buttons::kOkCancel:
-    case ui::Buttons::kYesNoCancel: break;
+    case ui::Buttons::kYesNoCancel:
+      break;
   }
   return ui::Answer::kCancel;
 }
@@ -131,9 +148,10 @@ void QtPrompter::ShowNotice(const std::string& title, const std::string& text) {
   layout->addWidget(body);
   notice->adjustSize();
   // Centred near the bottom of the window that saved.
-  QRect area = owner ? owner->frameGeometry()
-                     : (QApplication::primaryScreen() ? QApplication::primaryScreen()->availableGeometry()
-                                                      : QRect(0, 0, 800, 600));
+  QRect area =
+      owner ? owner->frameGeometry()
+            : (QApplication::primaryScreen() ? QApplication::primaryScreen()->availableGeometry()
+                                             : QRect(0, 0, 800, 600));
   notice->move(area.center().x() - notice->width() / 2, area.bottom() - notice->height() - 90);
   notice->show();
   notice_ = notice;

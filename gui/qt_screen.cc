@@ -38,9 +38,7 @@ const bool kRegistered = (RegisterQtScreen(), true);
 
 }  // namespace
 
-bool HasDisplay() {
-  return Set("QT_QPA_PLATFORM") || Set("DISPLAY") || Set("WAYLAND_DISPLAY");
-}
+bool HasDisplay() { return Set("QT_QPA_PLATFORM") || Set("DISPLAY") || Set("WAYLAND_DISPLAY"); }
 
 QtScreen::QtScreen(std::unique_ptr<ReportEngine> reports) : reports_(std::move(reports)) {}
 QtScreen::~QtScreen() = default;

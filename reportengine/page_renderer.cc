@@ -7,16 +7,14 @@
 #include <cmath>
 
 #include "base/error.h"
+#include "reportengine/text_shaper.h"
 
 namespace cvve::reportengine {
 
 void RenderPage(QPainter& painter, const ReportLayout& layout, int index, const QRect& target) {
   if (index < 0 || index >= static_cast<int>(layout.pages.size())) return;
-  const double scale = layout.font_scale;
-  const std::array<QFont, 6> fonts = {
-      LayoutFont(FontRole::kTitle, scale),        LayoutFont(FontRole::kHeader, scale),
-      LayoutFont(FontRole::kColumnHeader, scale), LayoutFont(FontRole::kBody, scale),
-      LayoutFont(FontRole::kGroupHeading, scale), LayoutFont(FontRole::kSummary, scale)};
+  std::shared_ptr<const LayoutFonts> fonts = layout.fonts;
+  if (!fonts) fonts = std::make_shared<LayoutFonts>(layout.font_scale);
   const PageDescription& page = layout.pages[static_cast<std::size_t>(index)];
   painter.save();
   painter.translate(target.topLeft());
@@ -27,14 +25,24 @@ void RenderPage(QPainter& painter, const ReportLayout& layout, int index, const 
     painter.drawLine(QPointF(line.x1, line.y1), QPointF(line.x2, line.y2));
   }
   painter.setPen(Qt::black);
-  int current = -1;
+  // One glyph run per font and page: a PDF then holds one text object per
+  // font instead of one per cell, which is what makes long reports fast.
+  std::array<QList<quint32>, 6> indexes;
+  std::array<QList<QPointF>, 6> positions;
   for (const PageText& text : page.texts) {
-    const int role = static_cast<int>(text.font);
-    if (role != current) {
-      painter.setFont(fonts[static_cast<std::size_t>(role)]);
-      current = role;
+    const auto role = static_cast<std::size_t>(text.font);
+    const TextShaper& shaper = fonts->Of(text.font);
+    if (!shaper.Append(text.text, QPointF(text.x, text.y), indexes[role], positions[role])) {
+      shaper.Draw(painter, QPointF(text.x, text.y), text.text);
     }
-    painter.drawText(QPointF(text.x, text.y), text.text);
+  }
+  for (std::size_t role = 0; role < indexes.size(); ++role) {
+    if (indexes[role].isEmpty()) continue;
+    QGlyphRun run;
+    run.setRawFont(fonts->Of(static_cast<FontRole>(role)).RawFont());
+    run.setGlyphIndexes(indexes[role]);
+    run.setPositions(positions[role]);
+    painter.drawGlyphRun(QPointF(0, 0), run);
   }
   painter.restore();
 }

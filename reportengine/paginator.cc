@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "reportengine/text_shaper.h"
 #include "reportengine/value_format.h"
 
 namespace cvve::reportengine {
@@ -29,22 +30,14 @@ Align AlignOf(const std::string& alignment) {
 }
 
 struct Metrics {
-  Metrics(FontRole role, double scale) : font(LayoutFont(role, scale)), fm(font) {
-    ascent = fm.ascent();
-    spacing = fm.lineSpacing();
-    widest = fm.maxWidth();
-  }
-  QFont font;
-  QFontMetricsF fm;
+  explicit Metrics(const TextShaper& s)
+      : shaper(s), ascent(s.Ascent()), spacing(s.LineSpacing()) {}
+  const TextShaper& shaper;
   double ascent;
   double spacing;
-  double widest;
 
-  double Width(const QString& text) const { return fm.horizontalAdvance(text); }
-  // Cheap test first: most cells are far shorter than their column.
-  bool Fits(const QString& text, double available) const {
-    return text.size() * widest <= available || Width(text) <= available;
-  }
+  double Width(const QString& text) const { return shaper.Width(text); }
+  bool Fits(const QString& text, double available) const { return Width(text) <= available; }
 };
 
 struct ColumnBox {
@@ -83,12 +76,13 @@ class Paginator {
         progress_(progress),
         scale_(ColumnScale(def)),
         font_scale_(std::max(kMinFontScale, scale_)),
-        title_(FontRole::kTitle, 1.0),
-        header_(FontRole::kHeader, 1.0),
-        column_header_(FontRole::kColumnHeader, font_scale_),
-        body_(FontRole::kBody, font_scale_),
-        group_(FontRole::kGroupHeading, font_scale_),
-        summary_(FontRole::kSummary, font_scale_) {
+        fonts_(std::make_shared<LayoutFonts>(font_scale_)),
+        title_(fonts_->Of(FontRole::kTitle)),
+        header_(fonts_->Of(FontRole::kHeader)),
+        column_header_(fonts_->Of(FontRole::kColumnHeader)),
+        body_(fonts_->Of(FontRole::kBody)),
+        group_(fonts_->Of(FontRole::kGroupHeading)),
+        summary_(fonts_->Of(FontRole::kSummary)) {
     layout_.size = def.page_size;
     layout_.orientation = def.orientation;
     layout_.width = PageWidth(def);
@@ -96,6 +90,7 @@ class Paginator {
     layout_.rows = data.RowCount();
     layout_.title = QString::fromStdString(def.name);
     layout_.font_scale = font_scale_;
+    layout_.fonts = fonts_;
     bottom_ = layout_.height - kMargin;
 
     // Columns keep their widths, shrunk together (with their fonts) when
@@ -159,7 +154,7 @@ class Paginator {
     if (whole || m.Fits(text, available)) {
       width = column.align == Align::kLeft ? 0 : m.Width(text);
     } else {
-      shown = m.fm.elidedText(text, Qt::ElideRight, std::max(0.0, available));
+      shown = m.shaper.Elided(text, std::max(0.0, available));
       width = m.Width(shown);
     }
     Text(X(column, width), top + m.ascent, role, std::move(shown));
@@ -258,8 +253,8 @@ class Paginator {
         wrapped[c] = Wrap(body_, cells[c], columns_[c].width - 2 * kPadding);
         if (wrapped[c].size() > max_lines_) {
           wrapped[c] = wrapped[c].mid(0, max_lines_);
-          wrapped[c].last() = body_.fm.elidedText(wrapped[c].last() + QStringLiteral(" \u2026"),
-                                                  Qt::ElideRight, columns_[c].width - 2 * kPadding);
+          wrapped[c].last() = body_.shaper.Elided(wrapped[c].last() + QStringLiteral(" \u2026"),
+                                                  columns_[c].width - 2 * kPadding);
         }
         lines = std::max(lines, static_cast<int>(wrapped[c].size()));
       }
@@ -337,6 +332,7 @@ class Paginator {
   const ProgressFunction& progress_;
   double scale_;
   double font_scale_;
+  std::shared_ptr<LayoutFonts> fonts_;
   Metrics title_, header_, column_header_, body_, group_, summary_;
   ReportLayout layout_;
   std::vector<ColumnBox> columns_;
@@ -368,6 +364,18 @@ QFont LayoutFont(FontRole role, double scale) {
   // Metrics must not depend on the device's pixel grid.
   font.setHintingPreference(QFont::PreferNoHinting);
   return font;
+}
+
+LayoutFonts::LayoutFonts(double scale) {
+  for (std::size_t role = 0; role < shapers_.size(); ++role) {
+    shapers_[role] = std::make_unique<TextShaper>(LayoutFont(static_cast<FontRole>(role), scale));
+  }
+}
+
+LayoutFonts::~LayoutFonts() = default;
+
+const TextShaper& LayoutFonts::Of(FontRole role) const {
+  return *shapers_[static_cast<std::size_t>(role)];
 }
 
 QSizeF PaperTwips(PageSize size) {

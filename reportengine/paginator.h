@@ -5,7 +5,9 @@
 #include <QFont>
 #include <QPageLayout>
 #include <QString>
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "reportengine/report_definition.h"
@@ -32,6 +34,19 @@ struct PageDescription {
   std::vector<PageLine> lines;
 };
 
+class TextShaper;
+
+// The six fonts of a layout, with their measuring and drawing.
+class LayoutFonts {
+ public:
+  explicit LayoutFonts(double scale);
+  ~LayoutFonts();
+  const TextShaper& Of(FontRole role) const;
+
+ private:
+  std::array<std::unique_ptr<TextShaper>, 6> shapers_;
+};
+
 struct ReportLayout {
   PageSize size = PageSize::kLetter;
   PageOrientation orientation = PageOrientation::kPortrait;
@@ -42,6 +57,7 @@ struct ReportLayout {
   QString title;
   // Table fonts shrink with the columns when these are wider than the paper.
   double font_scale = 1.0;
+  std::shared_ptr<const LayoutFonts> fonts;  // as measured; the renderers draw with them
 
   // The paper and orientation for a PDF writer or a printer, without margins
   // (the layout has its own).

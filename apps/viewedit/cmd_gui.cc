@@ -46,17 +46,21 @@ std::string& ScreenshotNode() {
 void AddScreenshotOption(CLI::App& command) {
   command.add_option("--screenshot", ScreenshotPath(), "Save the window as PNG and close it")
       ->group("");
-  command.add_option("--screenshot-select", ScreenshotNode(), "Select this node first")
-      ->group("");
+  command.add_option("--screenshot-select", ScreenshotNode(), "Select this node first")->group("");
 }
 
 const char* EntryName(EntryMethod method) {
   switch (method) {
-    case EntryMethod::kAcct: return "AcctViewEdit";
-    case EntryMethod::kInv: return "InvViewEdit";
-    case EntryMethod::kEod: return "EODViewEdit";
-    case EntryMethod::kReport: return "ReportEdit";
-    case EntryMethod::kEdit: return "ViewEdit";
+    case EntryMethod::kAcct:
+      return "AcctViewEdit";
+    case EntryMethod::kInv:
+      return "InvViewEdit";
+    case EntryMethod::kEod:
+      return "EODViewEdit";
+    case EntryMethod::kReport:
+      return "ReportEdit";
+    case EntryMethod::kEdit:
+      return "ViewEdit";
   }
   return "";
 }
@@ -65,11 +69,16 @@ const char* EntryName(EntryMethod method) {
 // that lacks it ("" when the method names none).
 std::string SetupFileOf(EntryMethod method, const std::vector<std::string>& files) {
   switch (method) {
-    case EntryMethod::kAcct: return "viewsetup.xml";
-    case EntryMethod::kInv: return "v_invsetup.xml";
-    case EntryMethod::kEod: return "eodsetup.xml";
-    case EntryMethod::kReport: return "reportsetup.xml";
-    case EntryMethod::kEdit: return files.size() == 3 ? files[2] : std::string();
+    case EntryMethod::kAcct:
+      return "viewsetup.xml";
+    case EntryMethod::kInv:
+      return "v_invsetup.xml";
+    case EntryMethod::kEod:
+      return "eodsetup.xml";
+    case EntryMethod::kReport:
+      return "reportsetup.xml";
+    case EntryMethod::kEdit:
+      return files.size() == 3 ? files[2] : std::string();
   }
   return {};
 }
@@ -100,7 +109,8 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
   }
   const std::string setup = SetupFileOf(method, files);
   std::error_code ec;
-  if (!setup.empty() && !std::filesystem::is_regular_file(host.view_files_folder + "/" + setup, ec)) {
+  if (!setup.empty() &&
+      !std::filesystem::is_regular_file(host.view_files_folder + "/" + setup, ec)) {
     std::cerr << "viewedit: warning: " << setup << " is not in " << host.view_files_folder
               << "; the editor will offer no data sets\n";
   }
@@ -144,11 +154,21 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
   cvve::clsViewEdit component(env);
   try {
     switch (method) {
-      case EntryMethod::kAcct: component.AcctViewEdit(); break;
-      case EntryMethod::kInv: component.InvViewEdit(); break;
-      case EntryMethod::kEod: component.EODViewEdit(); break;
-      case EntryMethod::kReport: component.ReportEdit(); break;
-      case EntryMethod::kEdit: component.ViewEdit(files[0], files[1], files[2]); break;
+      case EntryMethod::kAcct:
+        component.AcctViewEdit();
+        break;
+      case EntryMethod::kInv:
+        component.InvViewEdit();
+        break;
+      case EntryMethod::kEod:
+        component.EODViewEdit();
+        break;
+      case EntryMethod::kReport:
+        component.ReportEdit();
+        break;
+      case EntryMethod::kEdit:
+        component.ViewEdit(files[0], files[1], files[2]);
+        break;
     }
   } catch (const std::exception& e) {
     std::cerr << "viewedit: " << EntryName(method) << " failed: " << e.what() << "\n";
@@ -167,6 +187,11 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
 
 void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
   AddScreenshotOption(app);
+  app.footer(
+      "Without a sub-command viewedit opens the account views, as `viewedit acct` does. The "
+      "editor window needs a display: without one run it as `xvfb-run viewedit`, or drive the "
+      "editor with `viewedit script`. Exit codes of the editor commands: 0 closed, 1 the entry "
+      "call failed, 2 a bad option, 3 no display.");
   const struct {
     const char* name;
     EntryMethod method;
@@ -191,8 +216,9 @@ void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
   }
   auto files = std::make_shared<std::vector<std::string>>();
   CLI::App* edit = app.add_subcommand(
-      "edit", "Edit the views of any file set: VIEWS DEFAULTS SETUP, file names in the views "
-              "folder");
+      "edit",
+      "Edit the views of any file set: VIEWS DEFAULTS SETUP, file names in the views "
+      "folder");
   AddHostOptions(*edit, options);
   AddScreenshotOption(*edit);
   edit->add_option("FILES", *files, "The views, defaults and setup file")->expected(3)->required();

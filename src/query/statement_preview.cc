@@ -59,8 +59,9 @@ std::string StoredStatementPreview(frmAcctViewEdit& ed) {
       text += Line("SQL", [&] { return BuildViewSQL(ed, false); });
     }
   } else {
-    text += "System profile: saving keeps the data set, filter and statement of the "
-            "defaults file.\n";
+    text +=
+        "System profile: saving keeps the data set, filter and statement of the "
+        "defaults file.\n";
     text += Line("View statement", [&] { return BuildViewSQL(ed, false); });
   }
   std::vector<std::string> notes;

@@ -245,9 +245,8 @@ void DialogsTest::MessageBoxesMapIconsButtonsAndAnswers_data() {
   using A = ui::Answer;
   QTest::newRow("yes") << int(B::kYesNoCancel) << int(I::kQuestion) << int(QMessageBox::Yes)
                        << int(A::kYes) << int(QMessageBox::Question);
-  QTest::newRow("cancel") << int(B::kYesNoCancel) << int(I::kQuestion)
-                          << int(QMessageBox::Cancel) << int(A::kCancel)
-                          << int(QMessageBox::Question);
+  QTest::newRow("cancel") << int(B::kYesNoCancel) << int(I::kQuestion) << int(QMessageBox::Cancel)
+                          << int(A::kCancel) << int(QMessageBox::Question);
   QTest::newRow("escape yes/no") << int(B::kYesNo) << int(I::kQuestion) << 0 << int(A::kNo)
                                  << int(QMessageBox::Question);
   QTest::newRow("escape yes/no/cancel") << int(B::kYesNoCancel) << int(I::kQuestion) << 0
@@ -297,9 +296,9 @@ void DialogsTest::InputBoxGivesTextOrNothing() {
     box->setTextValue("Copy of Past Due 2");
     box->accept();
   });
-  QCOMPARE(prompter.InputBox("Enter a name for the new profile:", "Copy Profile",
-                             "Copy of Past Due"),
-           std::string("Copy of Past Due 2"));
+  QCOMPARE(
+      prompter.InputBox("Enter a name for the new profile:", "Copy Profile", "Copy of Past Due"),
+      std::string("Copy of Past Due 2"));
   QCOMPARE(label, QString("Enter a name for the new profile:"));
   QCOMPARE(title, QString("Copy Profile"));
   QCOMPARE(shown_default, QString("Copy of Past Due"));

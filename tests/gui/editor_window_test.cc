@@ -37,6 +37,7 @@ class EditorWindowTest : public QObject {
   void SaveNoticeClosesWhenSaveLosesFocus();
   void FrameCloseIsCancel();
   void TabOrderFollowsTheSteps();
+  void ClickOnACheckBoxOfTheTabsList();
 };
 
 namespace {
@@ -53,8 +54,7 @@ QStringList Texts(const QListWidget* list) {
 }
 
 // The XML text of `path` under the profile named `name` ("" when missing).
-std::string ProfileValue(const std::string& xml, const std::string& name,
-                         const std::string& path) {
+std::string ProfileValue(const std::string& xml, const std::string& name, const std::string& path) {
   pugi::xml_document doc;
   doc.load_string(xml.c_str());
   const std::string query = "/Views/Profiles/Profile[Name='" + name + "']/" + path;
@@ -66,7 +66,8 @@ std::vector<std::string> ProfileColumns(const std::string& xml, const std::strin
   doc.load_string(xml.c_str());
   std::vector<std::string> names;
   const std::string query = "/Views/Profiles/Profile[Name='" + name + "']/Columns/Column/Name";
-  for (const auto& node : doc.select_nodes(query.c_str())) names.push_back(node.node().text().get());
+  for (const auto& node : doc.select_nodes(query.c_str()))
+    names.push_back(node.node().text().get());
   return names;
 }
 
@@ -134,8 +135,7 @@ void EditorWindowTest::EditingSessionEndsWithTheExpectedViewsFile() {
   QCOMPARE(ProfileValue(xml, "My Accounts", "SQLFieldList"),
            std::string("ACCTS.AcctNum,ACCTS.Balance"));
   QCOMPARE(ProfileValue(xml, "My Accounts", "SQL"), std::string());
-  QCOMPARE(ProfileColumns(xml, "My Accounts"),
-           (std::vector<std::string>{"Account #", "Balance"}));
+  QCOMPARE(ProfileColumns(xml, "My Accounts"), (std::vector<std::string>{"Account #", "Balance"}));
   // The other profile is untouched.
   QCOMPARE(ProfileColumns(xml, "Old Accounts"), (std::vector<std::string>{"Last Name"}));
 }
@@ -298,14 +298,11 @@ void EditorWindowTest::CellColoursFollowTheRows() {
     int row, column;
     QColor want;
   } kCells[] = {
-      {1, 2, white},   // no value: nothing to edit
-      {1, 4, white},
-      {2, 1, white},   // a label
-      {2, 2, yellow},  // one value: Data1 only
-      {2, 4, white},
-      {3, 2, yellow},  // two values: both
-      {3, 4, yellow},
-      {3, 3, white},
+      {1, 2, white},                   // no value: nothing to edit
+      {1, 4, white},  {2, 1, white},   // a label
+      {2, 2, yellow},                  // one value: Data1 only
+      {2, 4, white},  {3, 2, yellow},  // two values: both
+      {3, 4, yellow}, {3, 3, white},
   };
   for (const auto& cell : kCells) {
     QCOMPARE(colour(cell.row, cell.column), cell.want);
@@ -362,9 +359,9 @@ void EditorWindowTest::SearchFillsTheResultsFolder() {
   std::vector<std::string> found;
   for (ui::NodeId id : g->tvwViews.Children(folder)) found.push_back(g->tvwViews.Node(id).text);
   QCOMPARE(found, (std::vector<std::string>{"Account Lookup", "My Accounts", "Old Accounts"}));
-  QVERIFY(g.Find<QTreeView>("tvwViews")->isExpanded(
-      static_cast<QAbstractItemModel*>(g.Find<QTreeView>("tvwViews")->model())
-          ->index(2, 0)));
+  QVERIFY(g.Find<QTreeView>("tvwViews")
+              ->isExpanded(static_cast<QAbstractItemModel*>(g.Find<QTreeView>("tvwViews")->model())
+                               ->index(2, 0)));
 
   // A result loads its profile.
   g.ClickNodeKey("SEARCH|Old Accounts");
@@ -485,6 +482,23 @@ void EditorWindowTest::TabOrderFollowsTheSteps() {
   QCOMPARE(next(g.Find<QWidget>("cmdSaveProfile")), g.Find<QWidget>("cmbDataSet"));
   QCOMPARE(next(g.Find<QWidget>("cmdAdvancedFilter")), g.Find<QWidget>("lstFilters"));
   QCOMPARE(next(g.Find<QWidget>("cmdOK")), g.Find<QWidget>("cmdCancel"));
+}
+
+void EditorWindowTest::ClickOnACheckBoxOfTheTabsList() {
+  GuiEditor g;
+  g.Open();
+  g.ClickNode("My Accounts");
+  auto* tabs = g.Find<QTreeView>("lstvwTabs");
+  QVERIFY(g->lstvwTabs.Item(1).checked);  // the profile's Tabs is "1"
+  QVERIFY(!g->lstvwTabs.Item(2).checked);
+  const QRect row = tabs->visualRect(tabs->model()->index(1, 0));
+  // On the box at the row's left edge.
+  QTest::mouseClick(tabs->viewport(), Qt::LeftButton, {},
+                    QPoint(row.left() + 10, row.center().y()));
+  g.Settle();
+  QVERIFY(g->lstvwTabs.Item(2).checked);
+  QVERIFY(g->ProfileChanged);
+  QCOMPARE(tabs->model()->index(1, 0).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
 }
 
 QTEST_MAIN(EditorWindowTest)

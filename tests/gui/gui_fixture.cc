@@ -3,9 +3,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QMessageBox>
-#include <QTimer>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include "gui/tree_model.h"
 
@@ -78,6 +78,7 @@ GuiEditor::GuiEditor(Prompts prompts, std::string executable)
 }
 
 GuiEditor::~GuiEditor() {
+  testers.clear();
   window.reset();
   ed.reset();
 }
@@ -95,6 +96,11 @@ void GuiEditor::Open(const std::string& views, const std::string& defaults,
   QApplication::setActiveWindow(window.get());
   QVERIFY(QTest::qWaitForWindowExposed(window.get()));
   filters = window->filterList();
+  // The window's item models are checked all along the session.
+  for (const char* name : {"tvwViews", "lstFilters", "lstvwTabs"}) {
+    testers.push_back(std::make_unique<QAbstractItemModelTester>(
+        Find<QTreeView>(name)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest));
+  }
   Settle();
 }
 
@@ -124,8 +130,7 @@ QRect GuiEditor::FilterCellRect(int row, int column) const {
 }
 
 void GuiEditor::ClickFilterCell(int row, int column) {
-  QTest::mouseClick(filters->viewport(), Qt::LeftButton, {},
-                    FilterCellRect(row, column).center());
+  QTest::mouseClick(filters->viewport(), Qt::LeftButton, {}, FilterCellRect(row, column).center());
   Settle();
 }
 

@@ -2,6 +2,7 @@
 // An editor window on a small inline file set in a temporary folder, with
 // either a recording prompter (answers queued beforehand) or the Qt one, and
 // helpers that click and type the way a user does.
+#include <QAbstractItemModelTester>
 #include <QComboBox>
 #include <QMessageBox>
 #include <QPoint>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "component/editor_environment.h"
 #include "component/frm_acct_view_edit.h"
@@ -67,6 +69,7 @@ struct GuiEditor {
   std::unique_ptr<frmAcctViewEdit> ed;
   std::unique_ptr<gui::EditorWindow> window;
   QTreeView* filters = nullptr;
+  std::vector<std::unique_ptr<QAbstractItemModelTester>> testers;
 };
 
 // Waits (in the event loop) for the next modal QMessageBox and hands it to

@@ -75,8 +75,7 @@ void ItemModelsTest::TreeFollowsBuildsRemovalsAndClears() {
   model.Sync();
   QCOMPARE(Texts(model, model.index(1, 0)), QStringList());
   QCOMPARE(Texts(model, model.index(2, 0)), QStringList({"alpha"}));
-  QCOMPARE(TreeModel::NodeOf(model.index(0, 0, model.index(2, 0))),
-           tree.FindKey("SEARCH|alpha"));
+  QCOMPARE(TreeModel::NodeOf(model.index(0, 0, model.index(2, 0))), tree.FindKey("SEARCH|alpha"));
 
   tree.Clear();
   model.Sync();
@@ -101,7 +100,8 @@ void ItemModelsTest::TreeShowsTextIconAndBold() {
   model.Sync();
   QCOMPARE(changed.count(), 1);
   QVERIFY(a.data(Qt::DecorationRole).value<QIcon>().cacheKey() != closed);
-  QVERIFY(model.index(0, 0, model.IndexOf(tree.FindKey("b2"))).data(Qt::DecorationRole)
+  QVERIFY(model.index(0, 0, model.IndexOf(tree.FindKey("b2")))
+              .data(Qt::DecorationRole)
               .value<QIcon>()
               .cacheKey() != closed);
 }

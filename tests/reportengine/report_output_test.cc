@@ -253,6 +253,8 @@ TEST(ReportOutputTest, PdfPageRendersToPng) {
   // the PDF has them.
   const QImage own = RenderPageImage(out.layout, 0, 72);
   ASSERT_EQ(own.size(), image.size());
+  RenderPageImage(out.layout, 0, 110)
+      .save(QString::fromStdString(std::string(REPORT_TEST_OUTPUT_DIR) + "/viewer_page1.png"));
   auto inked_rows = [](const QImage& picture) {
     std::vector<bool> rows(static_cast<std::size_t>(picture.height()));
     for (int y = 0; y < picture.height(); ++y) {

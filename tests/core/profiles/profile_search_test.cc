@@ -109,8 +109,9 @@ TEST_F(ProfileSearchTest, SearchingLoadsNothingAndDropsASelectedResult) {
 TEST(ProfileSearchReportModeTest, WithoutASearchFolderNothingHappens) {
   HeadlessEditor h;
   h.dir.Write("reportsetup.xml", testing::kBrowseSetup);
-  h.dir.Write("Custom Reports/Aging.cvx", "<Views><Profiles><Profile><Name>Aging</Name>"
-                                          "</Profile></Profiles></Views>");
+  h.dir.Write("Custom Reports/Aging.cvx",
+              "<Views><Profiles><Profile><Name>Aging</Name>"
+              "</Profile></Profiles></Views>");
   h->SetReportMode(-1);
   h->LoadFiles(h.dir.Path().string() + "/Custom Reports/", "", "reportsetup.xml");
   const int nodes = h->tvwViews.Count();

@@ -40,9 +40,8 @@ TEST_F(StatementPreviewTest, UserProfileWithEasyFilterShowsTheTwoLists) {
 TEST_F(StatementPreviewTest, UserProfileWithAdvancedFilterShowsTheStatement) {
   Select("Mine");
   ASSERT_TRUE(h->optFilter.Value(1));
-  EXPECT_EQ(StoredStatementPreview(*h),
-            "Saving stores the advanced filter's statement:\nSQL: " + BuildViewSQL(*h, false) +
-                "\n");
+  EXPECT_EQ(StoredStatementPreview(*h), "Saving stores the advanced filter's statement:\nSQL: " +
+                                            BuildViewSQL(*h, false) + "\n");
 }
 
 TEST_F(StatementPreviewTest, BuilderMessagesAreListedNotShown) {
