@@ -68,7 +68,8 @@ Database::Database(const std::string& url) : connection_(NextConnectionName()) {
     db_.setPassword(parsed.password());
   } else {
     std::string path = target;
-    if (StartsWith(path, "sqlite://")) path = QUrl(QString::fromStdString(path)).path().toStdString();
+    if (StartsWith(path, "sqlite://"))
+      path = QUrl(QString::fromStdString(path)).path().toStdString();
     description_ = path;
     std::error_code ec;
     if (path.empty() || !fs::is_regular_file(path, ec)) {

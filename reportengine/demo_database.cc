@@ -155,7 +155,8 @@ void SplitSchema(sqlite3* db, const std::string& schema, std::vector<std::string
       const std::string sql = sqlite3_sql(stmt);
       sqlite3_finalize(stmt);
       std::string head = ToUpper(sql.substr(sql.find_first_not_of(" \t\r\n")));
-      const bool index = StartsWith(head, "CREATE INDEX") || StartsWith(head, "CREATE UNIQUE INDEX");
+      const bool index =
+          StartsWith(head, "CREATE INDEX") || StartsWith(head, "CREATE UNIQUE INDEX");
       (index ? indexes : tables).push_back(sql);
       // Tables must exist before the next statement is prepared against them.
       if (!index) Exec(db, sql);
@@ -165,25 +166,30 @@ void SplitSchema(sqlite3* db, const std::string& schema, std::vector<std::string
 }
 
 constexpr std::array<const char*, 72> kFirstNames = {
-    "James", "Mary", "Robert", "Patricia", "John", "Jennifer", "Michael", "Linda", "David",
-    "Elizabeth", "William", "Barbara", "Richard", "Susan", "Joseph", "Jessica", "Thomas",
-    "Sarah", "Christopher", "Karen", "Charles", "Lisa", "Daniel", "Nancy", "Matthew", "Betty",
-    "Anthony", "Sandra", "Mark", "Margaret", "Donald", "Ashley", "Steven", "Kimberly", "Andrew",
-    "Emily", "Paul", "Donna", "Joshua", "Michelle", "Kenneth", "Carol", "Kevin", "Amanda",
-    "Brian", "Melissa", "Timothy", "Deborah", "Ronald", "Stephanie", "Jason", "Rebecca",
-    "George", "Sharon", "Edward", "Laura", "Jeffrey", "Cynthia", "Ryan", "Dorothy", "Jacob",
-    "Amy", "Nicholas", "Kathleen", "Gary", "Angela", "Eric", "Shirley", "Jonathan", "Brenda",
-    "Marcus", "Tasha"};
+    "James",     "Mary",     "Robert",    "Patricia", "John",        "Jennifer", "Michael",
+    "Linda",     "David",    "Elizabeth", "William",  "Barbara",     "Richard",  "Susan",
+    "Joseph",    "Jessica",  "Thomas",    "Sarah",    "Christopher", "Karen",    "Charles",
+    "Lisa",      "Daniel",   "Nancy",     "Matthew",  "Betty",       "Anthony",  "Sandra",
+    "Mark",      "Margaret", "Donald",    "Ashley",   "Steven",      "Kimberly", "Andrew",
+    "Emily",     "Paul",     "Donna",     "Joshua",   "Michelle",    "Kenneth",  "Carol",
+    "Kevin",     "Amanda",   "Brian",     "Melissa",  "Timothy",     "Deborah",  "Ronald",
+    "Stephanie", "Jason",    "Rebecca",   "George",   "Sharon",      "Edward",   "Laura",
+    "Jeffrey",   "Cynthia",  "Ryan",      "Dorothy",  "Jacob",       "Amy",      "Nicholas",
+    "Kathleen",  "Gary",     "Angela",    "Eric",     "Shirley",     "Jonathan", "Brenda",
+    "Marcus",    "Tasha"};
 constexpr std::array<const char*, 80> kLastNames = {
-    "Smith", "Johnson", "Williams", "Brown", "Jones", "Garcia", "Miller", "Davis", "Rodriguez",
-    "Martinez", "Hernandez", "Lopez", "Gonzalez", "Wilson", "Anderson", "Thomas", "Taylor",
-    "Moore", "Jackson", "Martin", "Lee", "Perez", "Thompson", "White", "Harris", "Sanchez",
-    "Clark", "Ramirez", "Lewis", "Robinson", "Walker", "Young", "Allen", "King", "Wright",
-    "Scott", "Torres", "Nguyen", "Hill", "Flores", "Green", "Adams", "Nelson", "Baker", "Hall",
-    "Rivera", "Campbell", "Mitchell", "Carter", "Roberts", "Gomez", "Phillips", "Evans",
-    "Turner", "Diaz", "Parker", "Cruz", "Edwards", "Collins", "Reyes", "Stewart", "Morris",
-    "Morales", "Murphy", "Cook", "Rogers", "Gutierrez", "Ortiz", "Morgan", "Cooper", "Peterson",
-    "Bailey", "Reed", "Kelly", "Howard", "Ramos", "Kim", "Cox", "Ward", "O'Brien"};
+    "Smith",    "Johnson",   "Williams", "Brown",     "Jones",    "Garcia",   "Miller",
+    "Davis",    "Rodriguez", "Martinez", "Hernandez", "Lopez",    "Gonzalez", "Wilson",
+    "Anderson", "Thomas",    "Taylor",   "Moore",     "Jackson",  "Martin",   "Lee",
+    "Perez",    "Thompson",  "White",    "Harris",    "Sanchez",  "Clark",    "Ramirez",
+    "Lewis",    "Robinson",  "Walker",   "Young",     "Allen",    "King",     "Wright",
+    "Scott",    "Torres",    "Nguyen",   "Hill",      "Flores",   "Green",    "Adams",
+    "Nelson",   "Baker",     "Hall",     "Rivera",    "Campbell", "Mitchell", "Carter",
+    "Roberts",  "Gomez",     "Phillips", "Evans",     "Turner",   "Diaz",     "Parker",
+    "Cruz",     "Edwards",   "Collins",  "Reyes",     "Stewart",  "Morris",   "Morales",
+    "Murphy",   "Cook",      "Rogers",   "Gutierrez", "Ortiz",    "Morgan",   "Cooper",
+    "Peterson", "Bailey",    "Reed",     "Kelly",     "Howard",   "Ramos",    "Kim",
+    "Cox",      "Ward",      "O'Brien"};
 struct City {
   const char* name;
   const char* zip;
@@ -206,19 +212,35 @@ constexpr std::array<City, 16> kCities = {{{"Columbus", "432", "614"},
                                            {"Circleville", "431", "740"},
                                            {"London", "431", "740"}}};
 constexpr std::array<const char*, 24> kStreets = {
-    "Main St", "Oak St", "Maple Ave", "Cedar Ln", "Elm St", "High St", "Broad St",
-    "Park Ave", "Walnut St", "Cherry Ln", "Sunbury Rd", "Cleveland Ave", "Morse Rd",
-    "Karl Rd", "Livingston Ave", "Hamilton Rd", "Parsons Ave", "Refugee Rd", "Lincoln Ave",
-    "Washington St", "Church St", "Mill St", "Lake Dr", "Ridge Rd"};
-constexpr std::array<const char*, 20> kEmployers = {
-    "Kroger", "Walmart", "Amazon Fulfillment", "OhioHealth", "Honda of America",
-    "City of Columbus", "Home Depot", "Lowe's", "FedEx Ground", "Bob Evans", "Wendy's",
-    "Nationwide", "Target", "UPS", "Mount Carmel", "Self-employed", "Giant Eagle",
-    "Marathon", "Speedway", "Meijer"};
+    "Main St",     "Oak St",        "Maple Ave",      "Cedar Ln",    "Elm St",      "High St",
+    "Broad St",    "Park Ave",      "Walnut St",      "Cherry Ln",   "Sunbury Rd",  "Cleveland Ave",
+    "Morse Rd",    "Karl Rd",       "Livingston Ave", "Hamilton Rd", "Parsons Ave", "Refugee Rd",
+    "Lincoln Ave", "Washington St", "Church St",      "Mill St",     "Lake Dr",     "Ridge Rd"};
+constexpr std::array<const char*, 20> kEmployers = {"Kroger",
+                                                    "Walmart",
+                                                    "Amazon Fulfillment",
+                                                    "OhioHealth",
+                                                    "Honda of America",
+                                                    "City of Columbus",
+                                                    "Home Depot",
+                                                    "Lowe's",
+                                                    "FedEx Ground",
+                                                    "Bob Evans",
+                                                    "Wendy's",
+                                                    "Nationwide",
+                                                    "Target",
+                                                    "UPS",
+                                                    "Mount Carmel",
+                                                    "Self-employed",
+                                                    "Giant Eagle",
+                                                    "Marathon",
+                                                    "Speedway",
+                                                    "Meijer"};
 constexpr std::array<const char*, 14> kJobs = {
-    "Warehouse Associate", "Cashier", "Nurse Aide", "Driver", "Line Cook", "Assembler",
-    "Stocker", "Custodian", "Machine Operator", "Office Clerk", "Server", "Forklift Operator",
-    "Home Health Aide", "Technician"};
+    "Warehouse Associate", "Cashier",      "Nurse Aide", "Driver",
+    "Line Cook",           "Assembler",    "Stocker",    "Custodian",
+    "Machine Operator",    "Office Clerk", "Server",     "Forklift Operator",
+    "Home Health Aide",    "Technician"};
 
 struct Model {
   const char* make;
@@ -228,46 +250,46 @@ struct Model {
   const char* wmi;
   const char* engine;
 };
-constexpr std::array<Model, 36> kModels = {{
-    {"Toyota", "Camry", "Sedan", "Car", "4T1", "2.5L I4"},
-    {"Toyota", "Corolla", "Sedan", "Car", "2T1", "1.8L I4"},
-    {"Toyota", "RAV4", "4D SUV", "SUV", "2T3", "2.5L I4"},
-    {"Toyota", "Tacoma", "Pickup", "Truck", "3TM", "3.5L V6"},
-    {"Honda", "Civic", "Sedan", "Car", "19X", "2.0L I4"},
-    {"Honda", "Accord", "Sedan", "Car", "1HG", "1.5L I4 Turbo"},
-    {"Honda", "CR-V", "4D SUV", "SUV", "5J6", "1.5L I4 Turbo"},
-    {"Honda", "Odyssey", "Minivan", "Van", "5FN", "3.5L V6"},
-    {"Ford", "F-150", "Pickup", "Truck", "1FT", "5.0L V8"},
-    {"Ford", "Escape", "4D SUV", "SUV", "1FM", "1.5L I3 Turbo"},
-    {"Ford", "Fusion", "Sedan", "Car", "3FA", "2.5L I4"},
-    {"Ford", "Explorer", "4D SUV", "SUV", "1FM", "3.5L V6"},
-    {"Ford", "Focus", "Hatchback", "Car", "1FA", "2.0L I4"},
-    {"Chevrolet", "Malibu", "Sedan", "Car", "1G1", "1.5L I4 Turbo"},
-    {"Chevrolet", "Silverado 1500", "Pickup", "Truck", "1GC", "5.3L V8"},
-    {"Chevrolet", "Equinox", "4D SUV", "SUV", "2GN", "1.5L I4 Turbo"},
-    {"Chevrolet", "Impala", "Sedan", "Car", "2G1", "3.6L V6"},
-    {"Chevrolet", "Traverse", "4D SUV", "SUV", "1GN", "3.6L V6"},
-    {"Nissan", "Altima", "Sedan", "Car", "1N4", "2.5L I4"},
-    {"Nissan", "Sentra", "Sedan", "Car", "3N1", "1.8L I4"},
-    {"Nissan", "Rogue", "4D SUV", "SUV", "5N1", "2.5L I4"},
-    {"Hyundai", "Elantra", "Sedan", "Car", "5NP", "2.0L I4"},
-    {"Hyundai", "Sonata", "Sedan", "Car", "5NP", "2.4L I4"},
-    {"Hyundai", "Tucson", "4D SUV", "SUV", "KM8", "2.0L I4"},
-    {"Kia", "Optima", "Sedan", "Car", "5XX", "2.4L I4"},
-    {"Kia", "Soul", "Hatchback", "Car", "KND", "2.0L I4"},
-    {"Kia", "Sorento", "4D SUV", "SUV", "5XY", "3.3L V6"},
-    {"Dodge", "Charger", "Sedan", "Car", "2C3", "3.6L V6"},
-    {"Dodge", "Grand Caravan", "Minivan", "Van", "2C4", "3.6L V6"},
-    {"Jeep", "Grand Cherokee", "4D SUV", "SUV", "1C4", "3.6L V6"},
-    {"Jeep", "Wrangler", "2D SUV", "SUV", "1C4", "3.6L V6"},
-    {"Chrysler", "Town & Country", "Minivan", "Van", "2C4", "3.6L V6"},
-    {"GMC", "Sierra 1500", "Pickup", "Truck", "3GT", "5.3L V8"},
-    {"Mazda", "Mazda3", "Sedan", "Car", "3MZ", "2.5L I4"},
-    {"Volkswagen", "Jetta", "Sedan", "Car", "3VW", "1.4L I4 Turbo"},
-    {"Subaru", "Outback", "Wagon", "Car", "4S4", "2.5L H4"}}};
+constexpr std::array<Model, 36> kModels = {
+    {{"Toyota", "Camry", "Sedan", "Car", "4T1", "2.5L I4"},
+     {"Toyota", "Corolla", "Sedan", "Car", "2T1", "1.8L I4"},
+     {"Toyota", "RAV4", "4D SUV", "SUV", "2T3", "2.5L I4"},
+     {"Toyota", "Tacoma", "Pickup", "Truck", "3TM", "3.5L V6"},
+     {"Honda", "Civic", "Sedan", "Car", "19X", "2.0L I4"},
+     {"Honda", "Accord", "Sedan", "Car", "1HG", "1.5L I4 Turbo"},
+     {"Honda", "CR-V", "4D SUV", "SUV", "5J6", "1.5L I4 Turbo"},
+     {"Honda", "Odyssey", "Minivan", "Van", "5FN", "3.5L V6"},
+     {"Ford", "F-150", "Pickup", "Truck", "1FT", "5.0L V8"},
+     {"Ford", "Escape", "4D SUV", "SUV", "1FM", "1.5L I3 Turbo"},
+     {"Ford", "Fusion", "Sedan", "Car", "3FA", "2.5L I4"},
+     {"Ford", "Explorer", "4D SUV", "SUV", "1FM", "3.5L V6"},
+     {"Ford", "Focus", "Hatchback", "Car", "1FA", "2.0L I4"},
+     {"Chevrolet", "Malibu", "Sedan", "Car", "1G1", "1.5L I4 Turbo"},
+     {"Chevrolet", "Silverado 1500", "Pickup", "Truck", "1GC", "5.3L V8"},
+     {"Chevrolet", "Equinox", "4D SUV", "SUV", "2GN", "1.5L I4 Turbo"},
+     {"Chevrolet", "Impala", "Sedan", "Car", "2G1", "3.6L V6"},
+     {"Chevrolet", "Traverse", "4D SUV", "SUV", "1GN", "3.6L V6"},
+     {"Nissan", "Altima", "Sedan", "Car", "1N4", "2.5L I4"},
+     {"Nissan", "Sentra", "Sedan", "Car", "3N1", "1.8L I4"},
+     {"Nissan", "Rogue", "4D SUV", "SUV", "5N1", "2.5L I4"},
+     {"Hyundai", "Elantra", "Sedan", "Car", "5NP", "2.0L I4"},
+     {"Hyundai", "Sonata", "Sedan", "Car", "5NP", "2.4L I4"},
+     {"Hyundai", "Tucson", "4D SUV", "SUV", "KM8", "2.0L I4"},
+     {"Kia", "Optima", "Sedan", "Car", "5XX", "2.4L I4"},
+     {"Kia", "Soul", "Hatchback", "Car", "KND", "2.0L I4"},
+     {"Kia", "Sorento", "4D SUV", "SUV", "5XY", "3.3L V6"},
+     {"Dodge", "Charger", "Sedan", "Car", "2C3", "3.6L V6"},
+     {"Dodge", "Grand Caravan", "Minivan", "Van", "2C4", "3.6L V6"},
+     {"Jeep", "Grand Cherokee", "4D SUV", "SUV", "1C4", "3.6L V6"},
+     {"Jeep", "Wrangler", "2D SUV", "SUV", "1C4", "3.6L V6"},
+     {"Chrysler", "Town & Country", "Minivan", "Van", "2C4", "3.6L V6"},
+     {"GMC", "Sierra 1500", "Pickup", "Truck", "3GT", "5.3L V8"},
+     {"Mazda", "Mazda3", "Sedan", "Car", "3MZ", "2.5L I4"},
+     {"Volkswagen", "Jetta", "Sedan", "Car", "3VW", "1.4L I4 Turbo"},
+     {"Subaru", "Outback", "Wagon", "Car", "4S4", "2.5L H4"}}};
 constexpr std::array<const char*, 5> kTrims = {"Base", "S", "SE", "LE", "XLT"};
-constexpr std::array<const char*, 10> kColors = {"White", "Black", "Silver", "Gray", "Red",
-                                                 "Blue", "Maroon", "Green", "Tan", "Gold"};
+constexpr std::array<const char*, 10> kColors = {"White", "Black",  "Silver", "Gray", "Red",
+                                                 "Blue",  "Maroon", "Green",  "Tan",  "Gold"};
 constexpr std::array<const char*, 5> kSources = {"Manheim Ohio", "ADESA Columbus", "Trade-in",
                                                  "Private seller", "Dealer trade"};
 struct LotInfo {
@@ -275,13 +297,12 @@ struct LotInfo {
   char letter;
 };
 constexpr std::array<LotInfo, 3> kLots = {{{"Main", 'M'}, {"North", 'N'}, {"Eastside", 'E'}}};
-constexpr std::array<const char*, 5> kPayMethods = {"Cash", "Check", "Card", "Money Order",
-                                                    "ACH"};
+constexpr std::array<const char*, 5> kPayMethods = {"Cash", "Check", "Card", "Money Order", "ACH"};
 
 struct Schedule {
   const char* code;
-  int days;            // days between payments
-  int per_year;        // payments a year
+  int days;      // days between payments
+  int per_year;  // payments a year
   int min_term, max_term;
 };
 constexpr std::array<Schedule, 4> kSchedules = {
@@ -309,7 +330,7 @@ std::string Vin(Random& random, const char* wmi, int year, std::int64_t serial) 
   for (int i = 0; i < 5; ++i) vin += kChars[random.Next() % kChars.size()];
   vin += kChars[random.Next() % 10 + 23];  // check digit position: a digit
   vin += kYears[(year - 1980) % kYears.size()];
-  vin += kChars[random.Next() % 23];       // plant
+  vin += kChars[random.Next() % 23];  // plant
   vin += Format("%06lld", static_cast<long long>(serial % 1000000));
   return vin;
 }
@@ -322,33 +343,41 @@ class Generator {
         users_(std::move(users)),
         random_(options.seed * 0x2545F4914F6CDD1DULL + 7),
         today_(ParseDay(options.today.empty() ? kDemoToday : options.today)),
-        customer_(db, "INSERT INTO CUST_INFO (CustID, FirstName, MiddleInit, LastName, Phone, "
-                      "CellPhone, WorkPhone, Email, Address, City, State, Zip, DOB, SSNLast4, "
-                      "DLNumber, DLState, Employer, JobTitle, MonthlyIncome, PaidHow, "
-                      "MonthsAtJob, MonthsAtAddress, RefName, RefPhone, CustSince) VALUES "
-                      "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
-        vehicle_(db, "INSERT INTO INV_INFO (StockNum, VIN, Year, Make, Model, Trim, BodyStyle, "
-                     "Color, Mileage, Transmission, Engine, Cost, ReconCost, AskingPrice, "
-                     "MinPrice, Status, DateIn, DateSold, Lot, Category, PurchasedFrom, "
-                     "TitleStatus, KeyTag) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
-        deal_(db, "INSERT INTO DEAL_INFO (DealID, CustID, StockNum, DealDate, SalePrice, "
-                  "TradeAllow, TradePayoff, DownPmt, DeferredDown, SalesTax, DocFee, AmtFinanced, "
-                  "Salesman, DealType, DealStatus, Lot) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
-        finance_(db, "INSERT INTO FIN_INFO (DealID, APR, Term, PmtSchedule, RegularPmt, "
-                     "FirstPmtDate, FinalPmtDate, FinanceCharge, TotalOfPmts, LateFeeAmt, "
-                     "GraceDays) VALUES (?,?,?,?,?,?,?,?,?,?,?)"),
-        account_(db, "INSERT INTO ACCTS (AcctNum, CustID, DealID, StockNum, Status, Balance, "
-                     "PmtAmt, PmtFreq, Next_Pmt_Due, LastPmtDate, LastPmtAmt, DaysLate, "
-                     "PastDueAmt, LateFeesDue, PmtsMade, PmtsLeft, Salesman, Collector, Lot, "
-                     "OpenDate, CloseDate, RepoDate, PayoffAmt, GPSUnit, InsuranceExp) VALUES "
-                     "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
-        history_(db, "INSERT INTO ACCT_HISTORY (HistID, AcctNum, TransDate, TransType, "
-                     "PayMethod, Amount, Principal, Interest, LateFee, BalanceAfter, ReceiptNum, "
-                     "Cashier, Voided) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?)"),
-        promise_(db, "INSERT INTO PTP (PtpID, AcctNum, DateMade, PromiseDate, Amount, Kept, "
-                     "Collector) VALUES (?,?,?,?,?,?,?)"),
-        note_(db, "INSERT INTO NOTES (NoteID, AcctNum, NoteDate, NoteBy, NoteType, NoteText) "
-                  "VALUES (?,?,?,?,?,?)") {}
+        customer_(db,
+                  "INSERT INTO CUST_INFO (CustID, FirstName, MiddleInit, LastName, Phone, "
+                  "CellPhone, WorkPhone, Email, Address, City, State, Zip, DOB, SSNLast4, "
+                  "DLNumber, DLState, Employer, JobTitle, MonthlyIncome, PaidHow, "
+                  "MonthsAtJob, MonthsAtAddress, RefName, RefPhone, CustSince) VALUES "
+                  "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
+        vehicle_(db,
+                 "INSERT INTO INV_INFO (StockNum, VIN, Year, Make, Model, Trim, BodyStyle, "
+                 "Color, Mileage, Transmission, Engine, Cost, ReconCost, AskingPrice, "
+                 "MinPrice, Status, DateIn, DateSold, Lot, Category, PurchasedFrom, "
+                 "TitleStatus, KeyTag) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
+        deal_(db,
+              "INSERT INTO DEAL_INFO (DealID, CustID, StockNum, DealDate, SalePrice, "
+              "TradeAllow, TradePayoff, DownPmt, DeferredDown, SalesTax, DocFee, AmtFinanced, "
+              "Salesman, DealType, DealStatus, Lot) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
+        finance_(db,
+                 "INSERT INTO FIN_INFO (DealID, APR, Term, PmtSchedule, RegularPmt, "
+                 "FirstPmtDate, FinalPmtDate, FinanceCharge, TotalOfPmts, LateFeeAmt, "
+                 "GraceDays) VALUES (?,?,?,?,?,?,?,?,?,?,?)"),
+        account_(db,
+                 "INSERT INTO ACCTS (AcctNum, CustID, DealID, StockNum, Status, Balance, "
+                 "PmtAmt, PmtFreq, Next_Pmt_Due, LastPmtDate, LastPmtAmt, DaysLate, "
+                 "PastDueAmt, LateFeesDue, PmtsMade, PmtsLeft, Salesman, Collector, Lot, "
+                 "OpenDate, CloseDate, RepoDate, PayoffAmt, GPSUnit, InsuranceExp) VALUES "
+                 "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)"),
+        history_(db,
+                 "INSERT INTO ACCT_HISTORY (HistID, AcctNum, TransDate, TransType, "
+                 "PayMethod, Amount, Principal, Interest, LateFee, BalanceAfter, ReceiptNum, "
+                 "Cashier, Voided) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?)"),
+        promise_(db,
+                 "INSERT INTO PTP (PtpID, AcctNum, DateMade, PromiseDate, Amount, Kept, "
+                 "Collector) VALUES (?,?,?,?,?,?,?)"),
+        note_(db,
+              "INSERT INTO NOTES (NoteID, AcctNum, NoteDate, NoteBy, NoteType, NoteText) "
+              "VALUES (?,?,?,?,?,?)") {}
 
   DemoDatabaseCounts Run() {
     const int n = options_.accounts;
@@ -375,21 +404,21 @@ class Generator {
     auto phone = [&] { return Format("(%s) 555-%04d", city.area, random_.Int(100, 9999)); };
     std::string email = ToLower(first) + "." + ToLower(ReplaceAll(last, "'", "")) +
                         std::to_string(random_.Int(1, 99)) + "@example.com";
-    customer_ << id << first << middle << last << phone()
-              << phone();
+    customer_ << id << first << middle << last << phone() << phone();
     if (random_.Chance(0.6)) {
       customer_ << phone();
     } else {
       customer_ << nullptr;
     }
-    customer_ << email
-              << Format("%d %s", random_.Int(100, 9899), random_.Pick(kStreets)) << city.name
-              << "OH" << Format("%s%02d", city.zip, random_.Int(1, 99))
+    customer_ << email << Format("%d %s", random_.Int(100, 9899), random_.Pick(kStreets))
+              << city.name << "OH" << Format("%s%02d", city.zip, random_.Int(1, 99))
               << Iso(Plus(today_, -365 * random_.Int(21, 70) - random_.Int(0, 364)))
               << Format("%04d", random_.Int(0, 9999))
               << Format("%c%c%06d", 'A' + random_.Int(0, 25), 'A' + random_.Int(0, 25),
                         random_.Int(0, 999999))
-              << (random_.Chance(0.93) ? "OH" : random_.Chance(0.5) ? "KY" : "WV")
+              << (random_.Chance(0.93)  ? "OH"
+                  : random_.Chance(0.5) ? "KY"
+                                        : "WV")
               << random_.Pick(kEmployers) << random_.Pick(kJobs)
               << Cents(random_.Int(18, 65) * 100.0) << random_.Pick(kSchedules).code
               << random_.Int(1, 180) << random_.Int(1, 240)
@@ -425,7 +454,9 @@ class Generator {
       vehicle_ << nullptr;
     }
     vehicle_ << lot.name << model.category << random_.Pick(kSources)
-             << (random_.Chance(0.85) ? "In Hand" : random_.Chance(0.5) ? "Pending" : "Lien")
+             << (random_.Chance(0.85)  ? "In Hand"
+                 : random_.Chance(0.5) ? "Pending"
+                                       : "Lien")
              << Format("K%03d", number % 1000);
     vehicle_.Run();
     ++counts_.vehicles;
@@ -469,8 +500,7 @@ class Generator {
     } else if (age_days > 90 && roll <= 380) {
       state = kRepo;
     }
-    const char* vehicle_status =
-        state == kRepo ? (random_.Chance(0.6) ? "R" : "W") : "D";
+    const char* vehicle_status = state == kRepo ? (random_.Chance(0.6) ? "R" : "W") : "D";
     const Car car =
         Vehicle(i, vehicle_status, Plus(deal_date, -random_.Int(5, 90)), &deal_date, lot);
 
@@ -486,8 +516,8 @@ class Generator {
     const double doc_fee = 199.0;
     const double financed = Cents(price + tax + doc_fee + trade_payoff - trade_allow - down);
     const std::string salesman = User();
-    deal_ << i << i << car.stock << Iso(deal_date) << price << trade_allow << trade_payoff
-          << down << deferred << tax << doc_fee << financed << salesman << "BHPH"
+    deal_ << i << i << car.stock << Iso(deal_date) << price << trade_allow << trade_payoff << down
+          << deferred << tax << doc_fee << financed << salesman << "BHPH"
           << (state == kVoid ? "U" : "F") << lot.name;
     deal_.Run();
     ++counts_.deals;
@@ -495,8 +525,7 @@ class Generator {
     const double apr = std::round(random_.Real(18.0, 29.9) * 10) / 10;
     const int term = random_.Int(schedule.min_term, schedule.max_term);
     const double rate = apr / 100.0 / schedule.per_year;
-    const double payment =
-        Cents(financed * rate / (1 - std::pow(1 + rate, -term)));
+    const double payment = Cents(financed * rate / (1 - std::pow(1 + rate, -term)));
     const Day first_due = Plus(deal_date, schedule.days);
     const Day final_due = Plus(first_due, schedule.days * (term - 1));
     const double late_fee = random_.Int(2, 7) * 5.0;
@@ -528,17 +557,16 @@ class Generator {
     int days_late = 0;
     if (state == kActive) days_late = std::max(0, DaysBetween(next_due, today_));
     if (state == kChargedOff || state == kRepo) days_late = missed * schedule.days;
-    const double balance = state == kPaid || state == kVoid
-                               ? 0.0
-                               : Cents(BalanceAfter(financed, rate, payment, made));
+    const double balance =
+        state == kPaid || state == kVoid ? 0.0 : Cents(BalanceAfter(financed, rate, payment, made));
 
     const char* status = state == kActive       ? "A"
                          : state == kPaid       ? "P"
                          : state == kChargedOff ? "C"
                          : state == kRepo       ? "R"
                                                 : "X";
-    Day last_paid = made == 0 ? deal_date
-                              : Plus(first_due, schedule.days * (made - 1) + random_.Int(-2, 2));
+    Day last_paid =
+        made == 0 ? deal_date : Plus(first_due, schedule.days * (made - 1) + random_.Int(-2, 2));
     last_paid = std::clamp(last_paid, deal_date, today_);
     const Day closed = std::min(Plus(last_paid, random_.Int(20, 90)), today_);
     const double past_due = state == kActive ? Cents(missed * payment) : 0.0;
@@ -571,13 +599,13 @@ class Generator {
       account_ << nullptr;
     }
     account_ << (balance > 0 ? Cents(balance * (1 + rate / 2) + fees_due) : 0.0)
-             << (random_.Chance(0.6) ? "Y" : "N")
-             << Iso(Plus(today_, random_.Int(-30, 330)));
+             << (random_.Chance(0.6) ? "Y" : "N") << Iso(Plus(today_, random_.Int(-30, 330)));
     account_.Run();
     ++counts_.accounts;
 
-    if (state != kVoid) Receipts(account_number, financed, rate, payment, made, schedule, last_paid,
-                                 late_fee, state == kPaid);
+    if (state != kVoid)
+      Receipts(account_number, financed, rate, payment, made, schedule, last_paid, late_fee,
+               state == kPaid);
     if (state == kActive && days_late > 0) Promises(account_number, past_due, days_late);
     Notes(account_number, state == kActive && days_late > 0, state == kRepo, deal_date);
   }
@@ -598,9 +626,11 @@ class Generator {
       const bool nsf = !final_payment && random_.Chance(0.01);
       const std::int64_t id = ++counts_.history;
       history_ << id << account << Iso(date)
-               << (final_payment ? "PO" : nsf ? "NSF" : "PMT") << random_.Pick(kPayMethods)
-               << (nsf ? -amount : amount) << principal << interest << fee << after
-               << Format("R%07lld", static_cast<long long>(id)) << User()
+               << (final_payment ? "PO"
+                   : nsf         ? "NSF"
+                                 : "PMT")
+               << random_.Pick(kPayMethods) << (nsf ? -amount : amount) << principal << interest
+               << fee << after << Format("R%07lld", static_cast<long long>(id)) << User()
                << (random_.Chance(0.01) ? 1 : 0);
       history_.Run();
     }
@@ -612,8 +642,8 @@ class Generator {
       const Day promise = Plus(today_, random_.Int(-30, 14));
       const char* kept = promise >= today_ ? "P" : random_.Chance(0.45) ? "Y" : "N";
       promise_ << ++counts_.promises << account << Iso(Plus(promise, -random_.Int(1, 7)))
-               << Iso(promise) << Cents(std::max(25.0, past_due * random_.Real(0.4, 1.0)))
-               << kept << User();
+               << Iso(promise) << Cents(std::max(25.0, past_due * random_.Real(0.4, 1.0))) << kept
+               << User();
       promise_.Run();
     }
   }
@@ -682,7 +712,8 @@ DemoDatabaseCounts GenerateDemoDatabase(const std::string& path,
   schema << in.rdbuf();
 
   std::vector<std::string> users;
-  for (const std::string& user : options.users.empty() ? DemoUsers(DemoDataFolder()) : options.users) {
+  for (const std::string& user :
+       options.users.empty() ? DemoUsers(DemoDataFolder()) : options.users) {
     if (!user.empty()) users.push_back(user);
   }
   if (users.empty()) users = {"admin", "sales1", "sales2", "collector1", "collector2"};

@@ -12,9 +12,9 @@ namespace cvve::reportengine {
 struct DemoDatabaseOptions {
   int accounts = 2000;
   std::uint64_t seed = 1;
-  std::string schema_path;          // empty: schema.sql of the demo data folder
-  std::vector<std::string> users;   // empty: the demo data's users
-  std::string today;                // "YYYY-MM-DD" the data is as of; empty: kDemoToday
+  std::string schema_path;         // empty: schema.sql of the demo data folder
+  std::vector<std::string> users;  // empty: the demo data's users
+  std::string today;               // "YYYY-MM-DD" the data is as of; empty: kDemoToday
 };
 
 struct DemoDatabaseCounts {

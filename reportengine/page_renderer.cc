@@ -27,8 +27,8 @@ void RenderPage(QPainter& painter, const ReportLayout& layout, int index, const 
   painter.setPen(Qt::black);
   // One glyph run per font and page: a PDF then holds one text object per
   // font instead of one per cell, which is what makes long reports fast.
-  std::array<QList<quint32>, 6> indexes;
-  std::array<QList<QPointF>, 6> positions;
+  std::array<QList<quint32>, kFontRoles> indexes;
+  std::array<QList<QPointF>, kFontRoles> positions;
   for (const PageText& text : page.texts) {
     const auto role = static_cast<std::size_t>(text.font);
     const TextShaper& shaper = fonts->Of(text.font);

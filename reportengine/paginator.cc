@@ -15,8 +15,8 @@ namespace cvve::reportengine {
 
 namespace {
 
-constexpr double kMargin = 720;       // half an inch
-constexpr double kPadding = 60;       // inside a cell, each side
+constexpr double kMargin = 720;  // half an inch
+constexpr double kPadding = 60;  // inside a cell, each side
 constexpr double kTwipsPerPoint = 20;
 constexpr double kMinFontScale = 0.6;  // below this a 8 pt font is unreadable
 
@@ -30,8 +30,7 @@ Align AlignOf(const std::string& alignment) {
 }
 
 struct Metrics {
-  explicit Metrics(const TextShaper& s)
-      : shaper(s), ascent(s.Ascent()), spacing(s.LineSpacing()) {}
+  explicit Metrics(const TextShaper& s) : shaper(s), ascent(s.Ascent()), spacing(s.LineSpacing()) {}
   const TextShaper& shaper;
   double ascent;
   double spacing;
@@ -82,7 +81,8 @@ class Paginator {
         column_header_(fonts_->Of(FontRole::kColumnHeader)),
         body_(fonts_->Of(FontRole::kBody)),
         group_(fonts_->Of(FontRole::kGroupHeading)),
-        summary_(fonts_->Of(FontRole::kSummary)) {
+        summary_(fonts_->Of(FontRole::kSummary)),
+        summary_small_(fonts_->Of(FontRole::kSummarySmall)) {
     layout_.size = def.page_size;
     layout_.orientation = def.orientation;
     layout_.width = PageWidth(def);
@@ -99,8 +99,8 @@ class Paginator {
     double x = kMargin;
     for (const ReportColumn& column : def.columns) {
       const double width = column.width * scale;
-      columns_.push_back({x, width, AlignOf(column.alignment), IsNumericFormat(column.format),
-                          column.format});
+      columns_.push_back(
+          {x, width, AlignOf(column.alignment), IsNumericFormat(column.format), column.format});
       x += width;
     }
     right_ = x;
@@ -110,7 +110,8 @@ class Paginator {
   ReportLayout Run() {
     NewPage();
     if (data_.RowCount() == 0) {
-      Text(kMargin + kPadding, y_ + body_.ascent, FontRole::kBody, QStringLiteral("No records found."));
+      Text(kMargin + kPadding, y_ + body_.ascent, FontRole::kBody,
+           QStringLiteral("No records found."));
       y_ += body_.spacing;
     }
     for (const ReportGroup& group : data_.groups) {
@@ -135,7 +136,8 @@ class Paginator {
   PageDescription& Page() { return layout_.pages.back(); }
 
   void Text(double x, double baseline, FontRole font, QString text) {
-    Page().texts.push_back({static_cast<float>(x), static_cast<float>(baseline), font, std::move(text)});
+    Page().texts.push_back(
+        {static_cast<float>(x), static_cast<float>(baseline), font, std::move(text)});
   }
 
   void Line(double x1, double y1, double x2, double y2, double width) {
@@ -207,9 +209,9 @@ class Paginator {
     Text(kMargin, y + title_.ascent, FontRole::kTitle, layout_.title);
     title_baseline_ = y + title_.ascent;
     y += title_.spacing;
-    const QString run = QStringLiteral("Run ") +
-                        QLocale(QLocale::English, QLocale::UnitedStates)
-                            .toString(data_.run_at, QStringLiteral("MM/dd/yyyy h:mm AP"));
+    const QString run =
+        QStringLiteral("Run ") + QLocale(QLocale::English, QLocale::UnitedStates)
+                                     .toString(data_.run_at, QStringLiteral("MM/dd/yyyy h:mm AP"));
     Text(kMargin, y + header_.ascent, FontRole::kHeader, run);
     y += header_.spacing + 40;
     Line(kMargin, y, layout_.width - kMargin, y, 20);
@@ -309,7 +311,14 @@ class Paginator {
           // The first column carries the label, so its figure sits right.
           ColumnBox box = column;
           if (c == 0) box.align = Align::kRight;
-          Cell(box, y_, summary_, FontRole::kSummary, value, true);
+          // A figure too wide for its column takes the smaller font (and
+          // reaches into its neighbour's room only if even that is too wide).
+          if (summary_.Fits(value, box.width - 2 * kPadding)) {
+            Cell(box, y_, summary_, FontRole::kSummary, value, true);
+          } else {
+            Cell(box, y_ + summary_.ascent - summary_small_.ascent, summary_small_,
+                 FontRole::kSummarySmall, value, true);
+          }
         }
       }
       y_ += summary_.spacing;
@@ -333,7 +342,7 @@ class Paginator {
   double scale_;
   double font_scale_;
   std::shared_ptr<LayoutFonts> fonts_;
-  Metrics title_, header_, column_header_, body_, group_, summary_;
+  Metrics title_, header_, column_header_, body_, group_, summary_, summary_small_;
   ReportLayout layout_;
   std::vector<ColumnBox> columns_;
   double right_ = 0;
@@ -347,13 +356,14 @@ class Paginator {
 }  // namespace
 
 QFont LayoutFont(FontRole role, double scale) {
-  static const std::array<std::pair<double, bool>, 6> kSizes = {{
-      {14, true},   // title
-      {7.5, false}, // header
-      {8, true},    // column header
-      {8, false},   // body
-      {9, true},    // group heading
-      {8, true},    // summary
+  static const std::array<std::pair<double, bool>, kFontRoles> kSizes = {{
+      {14, true},    // title
+      {7.5, false},  // header
+      {8, true},     // column header
+      {8, false},    // body
+      {9, true},     // group heading
+      {8, true},     // summary
+      {6.5, false},  // summary, small
   }};
   auto [points, bold] = kSizes[static_cast<std::size_t>(role)];
   if (role != FontRole::kTitle && role != FontRole::kHeader) points *= scale;
@@ -408,10 +418,10 @@ QPageLayout ReportLayout::PageLayout() const {
       page = QPageSize(QPageSize::Letter);
       break;
   }
-  return QPageLayout(page,
-                     orientation == PageOrientation::kLandscape ? QPageLayout::Landscape
-                                                                : QPageLayout::Portrait,
-                     QMarginsF(0, 0, 0, 0));
+  return QPageLayout(
+      page,
+      orientation == PageOrientation::kLandscape ? QPageLayout::Landscape : QPageLayout::Portrait,
+      QMarginsF(0, 0, 0, 0));
 }
 
 ReportLayout Paginate(const ReportDefinition& def, const ReportData& data,

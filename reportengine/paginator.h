@@ -15,7 +15,17 @@
 
 namespace cvve::reportengine {
 
-enum class FontRole : std::uint8_t { kTitle, kHeader, kColumnHeader, kBody, kGroupHeading, kSummary };
+// kSummarySmall: a total or average too wide for its column in kSummary.
+enum class FontRole : std::uint8_t {
+  kTitle,
+  kHeader,
+  kColumnHeader,
+  kBody,
+  kGroupHeading,
+  kSummary,
+  kSummarySmall
+};
+inline constexpr std::size_t kFontRoles = 7;
 
 struct PageText {
   float x;  // left end, twips from the page's left edge
@@ -44,13 +54,13 @@ class LayoutFonts {
   const TextShaper& Of(FontRole role) const;
 
  private:
-  std::array<std::unique_ptr<TextShaper>, 6> shapers_;
+  std::array<std::unique_ptr<TextShaper>, kFontRoles> shapers_;
 };
 
 struct ReportLayout {
   PageSize size = PageSize::kLetter;
   PageOrientation orientation = PageOrientation::kPortrait;
-  double width = 0;   // twips, as oriented
+  double width = 0;  // twips, as oriented
   double height = 0;
   std::vector<PageDescription> pages;  // never empty
   long long rows = 0;

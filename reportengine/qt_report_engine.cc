@@ -34,8 +34,8 @@ int SqlReport::VariableCount() const { return static_cast<int>(def_.variables.si
 
 void SqlReport::CheckPosition(int position) const {
   if (position < 1 || position > VariableCount()) {
-    throw Error("the report has no variable at position " + std::to_string(position) +
-                " (it has " + std::to_string(VariableCount()) + ")");
+    throw Error("the report has no variable at position " + std::to_string(position) + " (it has " +
+                std::to_string(VariableCount()) + ")");
   }
 }
 
@@ -69,8 +69,7 @@ std::unique_ptr<ReportResult> SqlReport::Run() {
   ReportData data = RunReport(def_, db, run);
   warnings_ = data.warnings;
   auto layout = std::make_shared<const ReportLayout>(Paginate(def_, data, progress_));
-  return std::make_unique<LaidOutResult>(def_, std::move(data), std::move(layout),
-                                         std::move(used));
+  return std::make_unique<LaidOutResult>(def_, std::move(data), std::move(layout), std::move(used));
 }
 
 namespace {

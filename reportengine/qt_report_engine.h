@@ -90,8 +90,8 @@ class QtReportEngine : public ReportEngine {
 class HeadlessReportEngine : public ReportEngine {
  public:
   struct Shown {
-    std::string name;     // the report's name
-    std::string source;   // its file
+    std::string name;    // the report's name
+    std::string source;  // its file
     int pages = 0;
     long long rows = 0;
     std::vector<std::string> variables;  // "$NAME=value" as the run used them

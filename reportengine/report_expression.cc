@@ -42,7 +42,7 @@ class Parser {
 
   std::string Found() const {
     if (AtEnd()) return "the end";
-    return "'" + std::string(1, text_[pos_]) + "'";
+    return std::string{'\'', text_[pos_], '\''};
   }
 
   // Positions count characters: UTF-8 continuation bytes are not counted.
@@ -51,7 +51,9 @@ class Parser {
     const auto column = 1 + std::count_if(text_.begin(), text_.begin() + end, [](char c) {
                           return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
                         });
-    throw Error("position " + std::to_string(column) + ": " + message);
+    std::string text = "position ";
+    text.append(std::to_string(column)).append(": ").append(message);
+    throw Error(text);
   }
 
   void Term(Evaluation& result) {
@@ -64,8 +66,8 @@ class Parser {
                (text_.size() - pos_ == 3 || !IsNameChar(text_[pos_ + 3]))) {
       Fxa(result.value);
     } else {
-      Fail(pos_, "expected a string in double quotes, a $variable or FXA([field]), found " +
-                     Found());
+      Fail(pos_,
+           "expected a string in double quotes, a $variable or FXA([field]), found " + Found());
     }
   }
 
@@ -104,7 +106,8 @@ class Parser {
 
   void Expect(char c, const char* what) {
     SkipBlanks();
-    if (AtEnd() || text_[pos_] != c) Fail(pos_, std::string("expected ") + what + " in FXA, found " + Found());
+    if (AtEnd() || text_[pos_] != c)
+      Fail(pos_, std::string("expected ") + what + " in FXA, found " + Found());
     ++pos_;
   }
 
@@ -123,7 +126,9 @@ class Parser {
     Expect(')', "')'");
     std::optional<std::string> value;
     if (context_.fxa) value = context_.fxa(field);
-    if (!value) Fail(start, "FXA([" + field + "]) has no value here: only the group field of a grouped report has one");
+    if (!value)
+      Fail(start, "FXA([" + field +
+                      "]) has no value here: only the group field of a grouped report has one");
     out += *value;
   }
 

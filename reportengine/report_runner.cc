@@ -126,8 +126,8 @@ class Runner {
       if ((line & 1023) == 0) Check(QStringLiteral("Reading rows"), data_.totals.rows + line, 0);
     }
     if (query.lastError().isValid()) {
-      throw Error(def_.source + ": reading the rows of the " + element + " failed: " +
-                  query.lastError().text().toStdString());
+      throw Error(def_.source + ": reading the rows of the " + element +
+                  " failed: " + query.lastError().text().toStdString());
     }
     group.totals.rows = line;
   }

@@ -17,8 +17,7 @@ class Database;
 
 // Called now and then while a report runs or renders: `done` of `total`
 // steps (total 0: unknown). Returning false cancels the run.
-using ProgressFunction =
-    std::function<bool(const QString& stage, long long done, long long total)>;
+using ProgressFunction = std::function<bool(const QString& stage, long long done, long long total)>;
 
 // Thrown when a progress function asked to stop.
 class Cancelled : public Error {
@@ -28,17 +27,17 @@ class Cancelled : public Error {
 
 // Sums of the numeric columns of a set of rows.
 struct Aggregate {
-  std::vector<long double> sum;    // per column
-  std::vector<long long> count;    // numeric values seen per column
+  std::vector<long double> sum;  // per column
+  std::vector<long long> count;  // numeric values seen per column
   long long rows = 0;
 
   void Add(const Aggregate& other);
 };
 
 struct ReportGroup {
-  QString value;             // the group value as FXA gives it ("" ungrouped)
-  QString display;           // the value in the group format
-  QString heading;           // "GroupTitle: " + display ("" ungrouped)
+  QString value;               // the group value as FXA gives it ("" ungrouped)
+  QString display;             // the value in the group format
+  QString heading;             // "GroupTitle: " + display ("" ungrouped)
   std::vector<QString> cells;  // row-major, one per report column
   Aggregate totals;
 };

@@ -73,11 +73,9 @@ ProgressFunction GuiProgress(QWidget* parent, const QString& title) {
   };
 }
 
-ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layout,
-                                       QWidget* parent)
+ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layout, QWidget* parent)
     : QDialog(parent), layout_(std::move(layout)) {
-  setWindowTitle(layout_->title.isEmpty() ? QStringLiteral("Report")
-                                          : layout_->title);
+  setWindowTitle(layout_->title.isEmpty() ? QStringLiteral("Report") : layout_->title);
   auto* bar = new QHBoxLayout;
   auto button = [this, bar](const QString& text, const QString& tip, auto slot) {
     auto* b = new QToolButton(this);
@@ -88,8 +86,10 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
     bar->addWidget(b);
     return b;
   };
-  first_ = button(QStringLiteral("|<"), QStringLiteral("First page"), &ReportViewerWindow::FirstPage);
-  previous_ = button(QStringLiteral("<"), QStringLiteral("Previous page"), &ReportViewerWindow::PreviousPage);
+  first_ =
+      button(QStringLiteral("|<"), QStringLiteral("First page"), &ReportViewerWindow::FirstPage);
+  previous_ = button(QStringLiteral("<"), QStringLiteral("Previous page"),
+                     &ReportViewerWindow::PreviousPage);
   page_box_ = new QSpinBox(this);
   page_box_->setRange(1, std::max(1, PageCount()));
   page_box_->setAccelerated(true);
@@ -107,10 +107,13 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   zoom_label_->setAlignment(Qt::AlignCenter);
   bar->addWidget(zoom_label_);
   button(QStringLiteral("+"), QStringLiteral("Zoom in"), &ReportViewerWindow::ZoomIn);
-  button(QStringLiteral("Fit Width"), QStringLiteral("Zoom to the window's width"), &ReportViewerWindow::FitWidth);
-  button(QStringLiteral("Fit Page"), QStringLiteral("Zoom to show the whole page"), &ReportViewerWindow::FitPage);
+  button(QStringLiteral("Fit Width"), QStringLiteral("Zoom to the window's width"),
+         &ReportViewerWindow::FitWidth);
+  button(QStringLiteral("Fit Page"), QStringLiteral("Zoom to show the whole page"),
+         &ReportViewerWindow::FitPage);
   bar->addStretch();
-  button(QStringLiteral("Print..."), QStringLiteral("Print the report"), &ReportViewerWindow::Print);
+  button(QStringLiteral("Print..."), QStringLiteral("Print the report"),
+         &ReportViewerWindow::Print);
   button(QStringLiteral("Save as PDF..."), QStringLiteral("Save the report as a PDF file"),
          &ReportViewerWindow::SaveAsPdfDialog);
   button(QStringLiteral("Close"), QStringLiteral("Close the viewer"), &QDialog::accept);
@@ -119,7 +122,7 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   canvas_->setAlignment(Qt::AlignCenter);
   scroll_ = new QScrollArea(this);
   scroll_->setWidget(canvas_);
-  scroll_->setWidgetResizable(true);
+  scroll_->setWidgetResizable(false);  // the canvas takes the page's size (Render)
   scroll_->setAlignment(Qt::AlignCenter);
   scroll_->setBackgroundRole(QPalette::Dark);
 
@@ -159,7 +162,12 @@ void ReportViewerWindow::SetZoom(double zoom) {
 }
 
 double ReportViewerWindow::FitZoom(Fit fit) const {
-  const QSize room = scroll_->viewport()->size() - QSize(24, 24);
+  // Room for the vertical scroll bar too: a page fitted to the width is
+  // usually taller than the window.
+  const int bar = scroll_->verticalScrollBar()->isVisible()
+                      ? 0
+                      : scroll_->verticalScrollBar()->sizeHint().width();
+  const QSize room = scroll_->viewport()->size() - QSize(24 + bar, 24);
   const double page_width = layout_->width / 1440.0 * kScreenDpi;
   const double page_height = layout_->height / 1440.0 * kScreenDpi;
   const double by_width = room.width() / page_width;
@@ -185,6 +193,7 @@ void ReportViewerWindow::Render() {
   image_ = RenderPageImage(*layout_, page_, kScreenDpi * zoom_ * ratio);
   image_.setDevicePixelRatio(ratio);
   canvas_->setPixmap(QPixmap::fromImage(image_));
+  canvas_->resize(image_.size() / ratio);
   UpdateControls();
 }
 
@@ -241,8 +250,9 @@ void ReportViewerWindow::SaveAsPdfDialog() {
                                                     name + QStringLiteral(".pdf"),
                                                     QStringLiteral("PDF files (*.pdf)"));
   if (path.isEmpty()) return;
-  SaveAsPdf(path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive) ? path
-                                                                         : path + QStringLiteral(".pdf"));
+  SaveAsPdf(path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)
+                ? path
+                : path + QStringLiteral(".pdf"));
 }
 
 void ReportViewerWindow::keyPressEvent(QKeyEvent* event) {

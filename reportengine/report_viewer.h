@@ -27,7 +27,7 @@ class ReportViewerWindow : public QDialog {
 
   int CurrentPage() const { return page_; }  // 0-based
   int PageCount() const;
-  double Zoom() const { return zoom_; }      // 1.0: actual size
+  double Zoom() const { return zoom_; }  // 1.0: actual size
   // The page as the window shows it now.
   const QImage& ShownImage() const { return image_; }
 
@@ -46,7 +46,7 @@ class ReportViewerWindow : public QDialog {
   void SetZoom(double zoom);  // clamped to 10%..800%
   void FitWidth();
   void FitPage();
-  void Print();           // the print dialog, then the chosen pages
+  void Print();            // the print dialog, then the chosen pages
   void SaveAsPdfDialog();  // asks for the file
 
  protected:

@@ -16,13 +16,13 @@ TextShaper::TextShaper(const QFont& font)
       spacing_(metrics_.lineSpacing()) {
   QString all;
   for (int c = 0; c < 256; ++c) all.append(QChar(static_cast<char16_t>(c)));
-  const QList<quint32> indexes = raw_.isValid() ? raw_.glyphIndexesForString(all) : QList<quint32>();
+  const QList<quint32> indexes =
+      raw_.isValid() ? raw_.glyphIndexesForString(all) : QList<quint32>();
   if (indexes.size() == 256) {
     const QList<QPointF> advances = raw_.advancesForGlyphIndexes(indexes);
     for (int c = 0; c < 256; ++c) {
       // Control characters have no glyph of their own: they go the shaped way.
-      latin_[static_cast<std::size_t>(c)] = {c < 32 || c == 127 ? 0u : indexes[c],
-                                             advances[c].x()};
+      latin_[static_cast<std::size_t>(c)] = {c < 32 || c == 127 ? 0u : indexes[c], advances[c].x()};
     }
   }
 }

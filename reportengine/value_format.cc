@@ -27,7 +27,13 @@ QString Money(double value) {
   return (cents < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + digits;
 }
 
-QString Decimal(double value) { return UsLocale().toString(ToCents(value) + 0.0, 'f', 2); }
+QString TwoDecimals(double value) { return UsLocale().toString(ToCents(value) + 0.0, 'f', 2); }
+
+// Whole numbers without decimals (a mileage), others with two.
+QString Decimal(double value) {
+  const double cents = ToCents(value) + 0.0;
+  return UsLocale().toString(cents, 'f', cents == std::trunc(cents) ? 0 : 2);
+}
 
 QString Whole(double value) { return QString::number(static_cast<qint64>(std::llround(value))); }
 
@@ -114,7 +120,7 @@ QString FormatTotal(double value, std::string_view format) {
 }
 
 QString FormatAverage(double value, std::string_view format) {
-  return KindOf(format) == Kind::kCurrency ? Money(value) : Decimal(value);
+  return KindOf(format) == Kind::kCurrency ? Money(value) : TwoDecimals(value);
 }
 
 }  // namespace cvve::reportengine

@@ -1,7 +1,7 @@
 #pragma once
 // How a report shows the values of its columns, by the column's format:
-// Date as MM/DD/YYYY, Currency as $1,234.56, Number as 1,234.56, Integer as
-// a whole number; anything else as the database gives it.
+// Date as MM/DD/YYYY, Currency as $1,234.56, Number as 1,234.56 (1,234 when
+// whole), Integer as a whole number; anything else as the database gives it.
 #include <QString>
 #include <QVariant>
 #include <optional>

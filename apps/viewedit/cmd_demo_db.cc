@@ -51,8 +51,8 @@ void RegisterDemoDbCommand(CLI::App& app) {
       std::cerr << "viewedit demo-db: wrote " << arguments->out << " (" << counts.accounts
                 << " accounts, " << counts.customers << " customers, " << counts.vehicles
                 << " vehicles, " << counts.deals << " deals, " << counts.history << " receipts, "
-                << counts.promises << " promises, " << counts.notes << " notes) in "
-                << took.count() << " s\n";
+                << counts.promises << " promises, " << counts.notes << " notes) in " << took.count()
+                << " s\n";
     } catch (const std::exception& e) {
       std::cerr << "viewedit demo-db: " << e.what() << "\n";
       throw CLI::RuntimeError(1);

@@ -7,8 +7,8 @@
 #include <filesystem>
 
 #include "base/error.h"
-#include "reportengine/database.h"
 #include "report_test_support.h"
+#include "reportengine/database.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -59,17 +59,20 @@ TEST(DemoDatabaseTest, StatusesAndDatesAreSpreadAroundTheDemoDay) {
                      "SELECT COUNT(*) FROM ACCTS WHERE Status='A' AND DaysLate <> "
                      "MAX(0, CAST(julianday('2026-03-16') - julianday(Next_Pmt_Due) AS INTEGER))"),
             "0");
-  EXPECT_EQ(SqlValue(db, "SELECT MIN(OpenDate) >= '2022-06-01' AND MAX(OpenDate) <= '2026-03-16' "
-                         "FROM ACCTS"),
+  EXPECT_EQ(SqlValue(db,
+                     "SELECT MIN(OpenDate) >= '2022-06-01' AND MAX(OpenDate) <= '2026-03-16' "
+                     "FROM ACCTS"),
             "1");
-  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS WHERE Balance < 0 OR PayoffAmt < Balance"), "0");
+  EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS WHERE Balance < 0 OR PayoffAmt < Balance"),
+            "0");
   EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM ACCTS WHERE Status='P' AND Balance <> 0"), "0");
   EXPECT_EQ(SqlValue(db, "SELECT COUNT(*) FROM PTP WHERE Kept='P' AND PromiseDate < '2026-03-16'"),
             "0");
   EXPECT_NE(SqlValue(db, "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate >= '2026-03-01'"), "0");
   EXPECT_GE(std::stoi(SqlValue(db, "SELECT COUNT(DISTINCT Make) FROM INV_INFO")), 8);
-  EXPECT_EQ(SqlValue(db, "SELECT group_concat(DISTINCT Collector) FROM (SELECT Collector FROM "
-                         "ACCTS ORDER BY Collector)"),
+  EXPECT_EQ(SqlValue(db,
+                     "SELECT group_concat(DISTINCT Collector) FROM (SELECT Collector FROM "
+                     "ACCTS ORDER BY Collector)"),
             "alice,bob,carol,dave,erin");
 }
 
@@ -81,8 +84,9 @@ TEST(DemoDatabaseTest, AnotherDayMovesTheDates) {
   options.schema_path = std::string(CVVE_DEMO_DIR) + "/schema.sql";
   const std::string path = folder.Path("later.db");
   GenerateDemoDatabase(path, options);
-  EXPECT_EQ(SqlValue(path, "SELECT MAX(OpenDate) <= '2026-11-20' AND MAX(OpenDate) > '2026-03-16' "
-                           "FROM ACCTS"),
+  EXPECT_EQ(SqlValue(path,
+                     "SELECT MAX(OpenDate) <= '2026-11-20' AND MAX(OpenDate) > '2026-03-16' "
+                     "FROM ACCTS"),
             "1");
 }
 
@@ -99,8 +103,7 @@ TEST(DemoDatabaseTest, BadInputLeavesNoFile) {
   options.today = "03/16/2026";
   EXPECT_THROW(GenerateDemoDatabase(path, options), Error);
   for (const auto& entry : std::filesystem::directory_iterator(folder.Path(""))) {
-    EXPECT_EQ(entry.path().filename().string().rfind("x.db", 0), std::string::npos)
-        << entry.path();
+    EXPECT_EQ(entry.path().filename().string().rfind("x.db", 0), std::string::npos) << entry.path();
   }
 }
 

@@ -8,9 +8,9 @@
 #include <QFile>
 
 #include "base/error.h"
+#include "report_test_support.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/report_viewer.h"
-#include "report_test_support.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -69,8 +69,9 @@ TEST(QtReportEngineTest, RunAndShowAsThePreviewDoes) {
   const auto* laid_out = dynamic_cast<const LaidOutResult*>(result.get());
   ASSERT_NE(laid_out, nullptr);
   EXPECT_EQ(std::to_string(laid_out->Data().RowCount()),
-            SqlValue(SmallDatabase(), "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
-                                      "'2026-03-01' AND '2026-03-16'"));
+            SqlValue(SmallDatabase(),
+                     "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
+                     "'2026-03-01' AND '2026-03-16'"));
   EXPECT_GT(result->Count(), 0);
   const int pages = result->Count();
   std::unique_ptr<ReportViewer> viewer = engine.CreateViewer();
@@ -151,6 +152,10 @@ TEST(ReportViewerTest, NavigatesZoomsAndSaves) {
   window.FitWidth();
   EXPECT_GT(window.Zoom(), fit_page);  // a portrait page is taller than it is wide
 
+  // Kept in the build folder for a person to look at.
+  window.grab().save(
+      QString::fromStdString(std::string(REPORT_TEST_OUTPUT_DIR) + "/viewer_window.png"));
+
   const std::string pdf = folder.Path("saved.pdf");
   EXPECT_TRUE(window.SaveAsPdf(QString::fromStdString(pdf)));
   EXPECT_GT(QFile(QString::fromStdString(pdf)).size(), 1000);
@@ -171,10 +176,11 @@ TEST_F(ViewEditCommandTest, ReportToPdfAndCsv) {
   const std::string cvr = folder_.Write("Receipts.cvr", CvrXml(ReceiptsForPeriod()));
   const std::string csv = folder_.Path("out.csv");
   std::string output;
-  ASSERT_EQ(Run("report '" + cvr + "' --database '" + SmallDatabase() +
-                    "' --set START_DATE=03/01/2026 --set '$END_DATE=2026-03-16' --csv '" + csv + "'",
-                &output),
-            0)
+  ASSERT_EQ(
+      Run("report '" + cvr + "' --database '" + SmallDatabase() +
+              "' --set START_DATE=03/01/2026 --set '$END_DATE=2026-03-16' --csv '" + csv + "'",
+          &output),
+      0)
       << output;
   const std::string rows = SqlValue(SmallDatabase(),
                                     "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
@@ -196,6 +202,14 @@ TEST_F(ViewEditCommandTest, ReportToPdfAndCsv) {
             std::string::npos)
       << output;
   EXPECT_TRUE(QFile::exists(QString::fromStdString(pdf)));
+
+  // --progress writes the stages on stderr even when it is no terminal.
+  ASSERT_EQ(Run("report '" + cvr + "' --database '" + SmallDatabase() + "' --progress --pdf '" +
+                    pdf + "'",
+                &output),
+            0)
+      << output;
+  EXPECT_NE(output.find("\rRunning the statement: 0"), std::string::npos) << output;
 }
 
 TEST_F(ViewEditCommandTest, ExitCodes) {

@@ -74,12 +74,15 @@ TEST(ReportExpressionTest, MalformedInputNamesThePosition) {
       {R"("a" + "b)", "position 7: the string is not closed"},
       {R"("a" "b")", "position 5: expected '+' between terms, found '\"'"},
       {R"("a" +)", "position 6: expected a term after '+', found the end"},
-      {R"("a" + + "b")", "position 7: expected a string in double quotes, a $variable or "
-                         "FXA([field]), found '+'"},
-      {R"(+ "a")", "position 1: expected a string in double quotes, a $variable or FXA([field]), "
-                   "found '+'"},
-      {R"('a')", "position 1: expected a string in double quotes, a $variable or FXA([field]), "
-                 "found '''"},
+      {R"("a" + + "b")",
+       "position 7: expected a string in double quotes, a $variable or "
+       "FXA([field]), found '+'"},
+      {R"(+ "a")",
+       "position 1: expected a string in double quotes, a $variable or FXA([field]), "
+       "found '+'"},
+      {R"('a')",
+       "position 1: expected a string in double quotes, a $variable or FXA([field]), "
+       "found '''"},
       {R"("a" + $)", "position 7: '$' is not followed by a variable name"},
       {R"("a" + $-x)", "position 7: '$' is not followed by a variable name"},
       {R"(FXA[INV_INFO.Collector])", "position 4: expected '(' in FXA, found '['"},
@@ -87,10 +90,12 @@ TEST(ReportExpressionTest, MalformedInputNamesThePosition) {
       {R"(FXA([INV_INFO.Collector)", "position 6: the field name in FXA is not closed by ']'"},
       {R"(FXA([INV_INFO.Collector])", "position 25: expected ')' in FXA, found the end"},
       {R"(FXA([]))", "position 6: FXA names no field"},
-      {R"(FXAB([X]))", "position 1: expected a string in double quotes, a $variable or "
-                       "FXA([field]), found 'F'"},
-      {R"("é" + x)", "position 7: expected a string in double quotes, a $variable or "
-                     "FXA([field]), found 'x'"},
+      {R"(FXAB([X]))",
+       "position 1: expected a string in double quotes, a $variable or "
+       "FXA([field]), found 'F'"},
+      {R"("é" + x)",
+       "position 7: expected a string in double quotes, a $variable or "
+       "FXA([field]), found 'x'"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.expression);
@@ -147,10 +152,12 @@ TEST(ReportExpressionTest, PrepareStatementUndoesTheStoredForms) {
 
 TEST(ReportExpressionTest, IsoDateAcceptsTheWrittenForms) {
   const std::pair<const char*, const char*> cases[] = {
-      {"2026-03-05", "2026-03-05"}, {"03/05/2026", "2026-03-05"}, {"3/5/2026", "2026-03-05"},
-      {"12/31/2025", "2025-12-31"}, {"13/01/2026", nullptr},      {"2026-3-5", nullptr},
-      {"03/05/26", nullptr},        {"", nullptr},                {"next week", nullptr},
-      {"00/10/2026", nullptr},      {"2026-02-30x", nullptr},
+      {"2026-03-05", "2026-03-05"}, {"03/05/2026", "2026-03-05"},
+      {"3/5/2026", "2026-03-05"},   {"12/31/2025", "2025-12-31"},
+      {"13/01/2026", nullptr},      {"2026-3-5", nullptr},
+      {"03/05/26", nullptr},        {"", nullptr},
+      {"next week", nullptr},       {"00/10/2026", nullptr},
+      {"2026-02-30x", nullptr},
   };
   for (const auto& [text, iso] : cases) {
     SCOPED_TRACE(text);

@@ -10,12 +10,12 @@
 #include <sstream>
 
 #include "base/error.h"
+#include "report_test_support.h"
 #include "reportengine/csv_writer.h"
 #include "reportengine/database.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
 #include "reportengine/report_runner.h"
-#include "report_test_support.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -67,9 +67,8 @@ CvrSpec BalancesByCollector() {
   spec.group_report_field = "INV_INFO.Collector";
   spec.group_title = "Collector";
   spec.group_statement = R"("CQ:SELECT DISTINCT Collector FROM ACCTS WHERE Status='A' ORDER BY 1")";
-  spec.statement =
-      R"("CQ:SELECT AcctNum,DaysLate,Balance FROM ACCTS WHERE Status='A' AND )"
-      R"(Collector='" + FXA([INV_INFO.Collector]) + "' ORDER BY AcctNum")";
+  spec.statement = R"("CQ:SELECT AcctNum,DaysLate,Balance FROM ACCTS WHERE Status='A' AND )"
+                   R"(Collector='" + FXA([INV_INFO.Collector]) + "' ORDER BY AcctNum")";
   spec.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1500},
                   {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1200},
                   {"Balance", "ACCTS.Balance", "Currency", "Right", 1800}};
@@ -150,7 +149,8 @@ TEST(ReportOutputTest, MultiLineWrapsAndSingleLineElides) {
   TempFolder folder;
   CvrSpec spec;
   spec.name = "Notes";
-  spec.statement = R"("CQ:SELECT NoteID, NoteText || ' ' || NoteText FROM NOTES ORDER BY NoteID LIMIT 40")";
+  spec.statement =
+      R"("CQ:SELECT NoteID, NoteText || ' ' || NoteText FROM NOTES ORDER BY NoteID LIMIT 40")";
   spec.columns = {{"Note", "NOTES.NoteID", "String", "Left", 800},
                   {"Text", "NOTES.NoteText", "String", "Left", 2200}};
   const Output single = Produce(spec, folder);
@@ -171,7 +171,8 @@ TEST(ReportOutputTest, MultiLineWrapsAndSingleLineElides) {
   bool elided = false;
   for (const QString& text : cut) elided = elided || text.endsWith(QChar(0x2026));
   EXPECT_TRUE(elided);
-  for (const QString& text : lines) EXPECT_FALSE(text.endsWith(QChar(0x2026))) << text.toStdString();
+  for (const QString& text : lines)
+    EXPECT_FALSE(text.endsWith(QChar(0x2026))) << text.toStdString();
 }
 
 TEST(ReportOutputTest, PdfTextPagesAndPaper) {
@@ -204,11 +205,12 @@ TEST(ReportOutputTest, PdfTextPagesAndPaper) {
     EXPECT_NE(text.find("$" + Grouped(row[2])), std::string::npos) << row[0] << " total";
     EXPECT_NE(text.find("$" + Grouped(row[3])), std::string::npos) << row[0] << " average";
   }
-  const auto grand = SqlRows(db,
-                             "SELECT COUNT(*), printf('%.2f', SUM(Balance)), printf('%.2f', "
-                             "AVG(Balance)), printf('%.2f', AVG(DaysLate)) FROM ACCTS WHERE Status='A'");
-  const std::regex total_line("Grand Total +[0-9]+ +\\$" + std::regex_replace(
-                                  Grouped(grand[0][1]), std::regex("[.]"), "\\."));
+  const auto grand =
+      SqlRows(db,
+              "SELECT COUNT(*), printf('%.2f', SUM(Balance)), printf('%.2f', "
+              "AVG(Balance)), printf('%.2f', AVG(DaysLate)) FROM ACCTS WHERE Status='A'");
+  const std::regex total_line("Grand Total +[0-9]+ +\\$" +
+                              std::regex_replace(Grouped(grand[0][1]), std::regex("[.]"), "\\."));
   EXPECT_TRUE(std::regex_search(text, total_line)) << "grand total " << grand[0][1];
   EXPECT_NE(text.find("Grand Count: " + grand[0][0]), std::string::npos);
   EXPECT_NE(text.find(grand[0][3]), std::string::npos) << "average days late";
@@ -245,10 +247,10 @@ TEST(ReportOutputTest, PdfPageRendersToPng) {
     }
     return count;
   };
-  EXPECT_EQ(dark(0, 0, 612, 30), 0);        // top margin
-  EXPECT_EQ(dark(0, 0, 30, 792), 0);        // left margin
-  EXPECT_GT(dark(36, 36, 300, 60), 100);    // the title
-  EXPECT_GT(dark(36, 100, 400, 700), 1000); // the rows
+  EXPECT_EQ(dark(0, 0, 612, 30), 0);         // top margin
+  EXPECT_EQ(dark(0, 0, 30, 792), 0);         // left margin
+  EXPECT_GT(dark(36, 36, 300, 60), 100);     // the title
+  EXPECT_GT(dark(36, 100, 400, 700), 1000);  // the rows
   // The viewer's own rendering of the same page has its text lines where
   // the PDF has them.
   const QImage own = RenderPageImage(out.layout, 0, 72);
@@ -287,8 +289,8 @@ TEST(ReportOutputTest, CsvHasTitlesRowsAndTheGroupColumn) {
     per_group[line.substr(0, line.find(','))]++;
   }
   EXPECT_EQ(rows, out.data.RowCount());
-  for (const auto& row :
-       SqlRows(SmallDatabase(), "SELECT Collector, COUNT(*) FROM ACCTS WHERE Status='A' GROUP BY 1")) {
+  for (const auto& row : SqlRows(
+           SmallDatabase(), "SELECT Collector, COUNT(*) FROM ACCTS WHERE Status='A' GROUP BY 1")) {
     EXPECT_EQ(std::to_string(per_group[row[0]]), row[1]) << row[0];
   }
 
@@ -296,7 +298,9 @@ TEST(ReportOutputTest, CsvHasTitlesRowsAndTheGroupColumn) {
   CvrSpec spec;
   spec.name = "Odd Text";
   spec.statement = R"("CQ:SELECT 'a,b', 'say ""hi""', 'two' || char(10) || 'lines', 1234.5")";
-  spec.columns = {{"A", "X.A", "String"}, {"B", "X.B", "String"}, {"C", "X.C", "String"},
+  spec.columns = {{"A", "X.A", "String"},
+                  {"B", "X.B", "String"},
+                  {"C", "X.C", "String"},
                   {"Amount, $", "X.D", "Currency"}};
   const Output odd = Produce(spec, folder);
   std::ostringstream text;

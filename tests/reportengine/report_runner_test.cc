@@ -6,8 +6,8 @@
 #include <map>
 
 #include "base/error.h"
-#include "reportengine/database.h"
 #include "report_test_support.h"
+#include "reportengine/database.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -66,7 +66,8 @@ TEST_F(ReportRunnerTest, UngroupedRowsValuesAndTotalsMatchTheDatabase) {
   const auto expected = SqlRows(
       db,
       "SELECT A.AcctNum, C.LastName, printf('%.2f', A.Balance), A.DaysLate, "
-      "substr(A.Next_Pmt_Due,6,2)||'/'||substr(A.Next_Pmt_Due,9,2)||'/'||substr(A.Next_Pmt_Due,1,4) "
+      "substr(A.Next_Pmt_Due,6,2)||'/'||substr(A.Next_Pmt_Due,9,2)||'/"
+      "'||substr(A.Next_Pmt_Due,1,4) "
       "FROM ACCTS A JOIN CUST_INFO C ON C.CustID=A.CustID WHERE A.Status='A' AND A.Lot='North' "
       "ORDER BY A.AcctNum");
   ASSERT_GT(expected.size(), 20u);
@@ -89,14 +90,17 @@ TEST_F(ReportRunnerTest, UngroupedRowsValuesAndTotalsMatchTheDatabase) {
   }
   // Totals and averages to the cent, from the database's own arithmetic.
   EXPECT_EQ(Cents(data.totals.sum[4]),
-            SqlValue(db, "SELECT printf('%.2f', SUM(Balance)) FROM ACCTS WHERE Status='A' AND "
-                         "Lot='North'"));
+            SqlValue(db,
+                     "SELECT printf('%.2f', SUM(Balance)) FROM ACCTS WHERE Status='A' AND "
+                     "Lot='North'"));
   EXPECT_EQ(Cents(data.totals.sum[4] / data.totals.count[4]),
-            SqlValue(db, "SELECT printf('%.2f', AVG(Balance)) FROM ACCTS WHERE Status='A' AND "
-                         "Lot='North'"));
+            SqlValue(db,
+                     "SELECT printf('%.2f', AVG(Balance)) FROM ACCTS WHERE Status='A' AND "
+                     "Lot='North'"));
   EXPECT_EQ(Cents(data.totals.sum[5]),
-            SqlValue(db, "SELECT printf('%.2f', SUM(DaysLate)) FROM ACCTS WHERE Status='A' AND "
-                         "Lot='North'"));
+            SqlValue(db,
+                     "SELECT printf('%.2f', SUM(DaysLate)) FROM ACCTS WHERE Status='A' AND "
+                     "Lot='North'"));
   EXPECT_EQ(data.totals.count[1], 0);  // text columns are not summed
   EXPECT_TRUE(data.warnings.empty());
 }
@@ -105,9 +109,9 @@ TEST_F(ReportRunnerTest, UserWhereNarrowsTheRows) {
   RunSettings settings;
   settings.user_where = "ACCTS.Collector='bob'";
   const ReportData data = Run(NorthLot(), settings);
-  const std::string expected = SqlValue(
-      SmallDatabase(),
-      "SELECT COUNT(*) FROM ACCTS WHERE Status='A' AND Lot='North' AND Collector='bob'");
+  const std::string expected =
+      SqlValue(SmallDatabase(),
+               "SELECT COUNT(*) FROM ACCTS WHERE Status='A' AND Lot='North' AND Collector='bob'");
   EXPECT_EQ(std::to_string(data.RowCount()), expected);
   EXPECT_LT(data.RowCount(), Run(NorthLot()).RowCount());
 }
@@ -136,7 +140,8 @@ TEST_F(ReportRunnerTest, GroupedRowsTotalsAndAveragesPerGroup) {
   const ReportData data = Run(LateByCollector());
   const auto expected = SqlRows(
       SmallDatabase(),
-      "SELECT Collector, COUNT(*), printf('%.2f', SUM(PastDueAmt)), printf('%.2f', AVG(PastDueAmt)), "
+      "SELECT Collector, COUNT(*), printf('%.2f', SUM(PastDueAmt)), printf('%.2f', "
+      "AVG(PastDueAmt)), "
       "printf('%.2f', SUM(Balance)), printf('%.2f', AVG(Balance)) FROM ACCTS "
       "WHERE Status='A' AND DaysLate BETWEEN 1 AND 9999 GROUP BY Collector ORDER BY Collector");
   ASSERT_EQ(data.groups.size(), expected.size());
@@ -195,8 +200,8 @@ TEST_F(ReportRunnerTest, DateVariablesAreTakenInEitherForm) {
       SqlValue(SmallDatabase(),
                "SELECT COUNT(*) FROM ACCTS WHERE OpenDate BETWEEN '2025-06-01' AND '2026-03-16'");
   ASSERT_NE(expected, "0");
-  for (const auto& [start, end] : {std::pair{"06/01/2025", "3/16/2026"},
-                                   std::pair{"2025-06-01", "2026-03-16"}}) {
+  for (const auto& [start, end] :
+       {std::pair{"06/01/2025", "3/16/2026"}, std::pair{"2025-06-01", "2026-03-16"}}) {
     RunSettings settings;
     settings.variables = {{"$start_date", start}, {"END_DATE", end}};
     EXPECT_EQ(std::to_string(Run(spec, settings).RowCount()), expected) << start;
@@ -218,18 +223,27 @@ TEST_F(ReportRunnerTest, FailuresNameTheReportAndTheStatement) {
     std::vector<std::string> parts;
   };
   const Case cases[] = {
-      {"Bad Sql", R"("CQ:SELECT Nope FROM ACCTS")", {{"A", "ACCTS.Nope", "String"}},
+      {"Bad Sql",
+       R"("CQ:SELECT Nope FROM ACCTS")",
+       {{"A", "ACCTS.Nope", "String"}},
        {"Bad Sql.cvr: the Statement failed on ", "no such column: Nope",
         "The statement was: SELECT Nope FROM ACCTS"}},
-      {"Too Few", R"("CQ:SELECT AcctNum FROM ACCTS")",
+      {"Too Few",
+       R"("CQ:SELECT AcctNum FROM ACCTS")",
        {{"A", "ACCTS.AcctNum", "String"}, {"B", "ACCTS.Balance", "Currency"}},
        {"Too Few.cvr: the Statement returns 1 columns, but the report has 2 columns from the "
         "database"}},
-      {"Bad Expression", R"("CQ:SELECT 1" + )", {{"A", "X.A", "String"}},
+      {"Bad Expression",
+       R"("CQ:SELECT 1" + )",
+       {{"A", "X.A", "String"}},
        {"Bad Expression.cvr: Statement: position 17: expected a term after '+'"}},
-      {"Only Prefix", R"("CQ:")", {{"A", "X.A", "String"}},
+      {"Only Prefix",
+       R"("CQ:")",
+       {{"A", "X.A", "String"}},
        {"Only Prefix.cvr: Statement: the statement is empty"}},
-      {"Fxa Ungrouped", R"("CQ:SELECT '" + FXA([INV_INFO.A]) + "'")", {{"A", "X.A", "String"}},
+      {"Fxa Ungrouped",
+       R"("CQ:SELECT '" + FXA([INV_INFO.A]) + "'")",
+       {{"A", "X.A", "String"}},
        {"Fxa Ungrouped.cvr: Statement: position 17: FXA([INV_INFO.A]) has no value here"}},
   };
   for (const Case& c : cases) {

@@ -18,10 +18,17 @@ std::string Escape(const std::string& text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      default: out += c;
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      default:
+        out += c;
     }
   }
   return out;
@@ -84,7 +91,8 @@ std::string CvrXml(const CvrSpec& spec) {
            Element("Type", type) + "</Variable>";
   }
   xml += "</Variables>";
-  xml += Element("Totals", spec.totals ? "1" : "0") + Element("Averages", spec.averages ? "1" : "0") +
+  xml += Element("Totals", spec.totals ? "1" : "0") +
+         Element("Averages", spec.averages ? "1" : "0") +
          Element("LineCount", spec.line_count ? "1" : "0") +
          Element("PageSize", std::to_string(spec.page_size)) +
          Element("PageOrientation", std::to_string(spec.orientation)) +

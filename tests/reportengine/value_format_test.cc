@@ -28,6 +28,9 @@ TEST(ValueFormatTest, CellsByFormat) {
       {QVariant(QStringLiteral("2026-13-05")), "Date", "2026-13-05"},
       {QVariant(1234.567), "Number", "1,234.57"},
       {QVariant(24.9), "Number", "24.90"},
+      {QVariant(145163), "Number", "145,163"},
+      {QVariant(QStringLiteral("145163.0")), "Number", "145,163"},
+      {QVariant(0.001), "Number", "0"},
       {QVariant(10023), "Integer", "10023"},
       {QVariant(12.5), "Integer", "13"},
       {QVariant(QStringLiteral("007")), "String", "007"},
@@ -46,6 +49,9 @@ TEST(ValueFormatTest, TotalsAndAverages) {
   EXPECT_EQ(FormatTotal(-12.5, "Currency").toStdString(), "-$12.50");
   EXPECT_EQ(FormatTotal(2575, "Integer").toStdString(), "2575");
   EXPECT_EQ(FormatTotal(1234.5, "Number").toStdString(), "1,234.50");
+  EXPECT_EQ(FormatTotal(31759225, "Number").toStdString(), "31,759,225");
+  EXPECT_EQ(FormatAverage(127036.9, "Number").toStdString(), "127,036.90");
+  EXPECT_EQ(FormatAverage(12, "Integer").toStdString(), "12.00");
   EXPECT_EQ(FormatAverage(28.934, "Integer").toStdString(), "28.93");
   EXPECT_EQ(FormatAverage(6028.976, "Currency").toStdString(), "$6,028.98");
 }

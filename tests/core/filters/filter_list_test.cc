@@ -6,18 +6,13 @@
 
 #include "base/error.h"
 #include "base/text.h"
-#include "core/profiles/browse_fixture.h"
-#include "profiles/profile_loader.h"
-#include "test_support.h"
-#include "viewfiles/profile_record.h"
+#include "fixtures.h"
 
 namespace cvve {
 namespace {
 
 using testing::HeadlessEditor;
-using testing::kBrowseSetup;
-
-constexpr std::uint32_t kYellow = 0xC0FFFF;
+using testing::kSetup;
 
 struct Row {
   std::string text, key;
@@ -33,14 +28,13 @@ void ExpectRows(const ui::ListView& list, const std::vector<Row>& rows) {
     EXPECT_EQ(list.Item(i).text, r.text);
     EXPECT_EQ(list.Item(i).key, r.key);
     EXPECT_EQ(list.Item(i).checked, r.checked);
-    EXPECT_EQ(list.SubItem(i, 1), r.param1);
-    EXPECT_EQ(list.SubItem(i, 2), r.data1);
-    EXPECT_EQ(list.SubItem(i, 3), r.param2);
-    EXPECT_EQ(list.SubItem(i, 4), r.data2);
+    EXPECT_EQ((std::vector<std::string>{list.SubItem(i, 1), list.SubItem(i, 2),
+                                        list.SubItem(i, 3), list.SubItem(i, 4)}),
+              (std::vector<std::string>{r.param1, r.data1, r.param2, r.data2}));
   }
 }
 
-// A user profile on the Accounts data set with the given FilterChecks.
+// A user profile "P" on Accounts with the given FilterChecks.
 std::string ViewsWithChecks(const std::string& checks) {
   return "<Views><Profiles><Profile><Name>P</Name><DataSet>Accounts</DataSet>"
          "<AcctViewType>0</AcctViewType><FilterType>0</FilterType><FilterChecks>" +
@@ -53,7 +47,7 @@ std::string Check(const std::string& index, const std::string& value, const std:
          "</Data1><Data2>" + data2 + "</Data2></Filter>";
 }
 
-TEST(FilterListTest, ColumnsByKeyWidthAndAlignment) {
+TEST(FilterListTest, RowsFromDefinitionsWithDefaultsAndColours) {
   HeadlessEditor h;
   std::vector<std::tuple<std::string, std::string, ui::Alignment, int>> columns;
   for (const auto& c : h->lstFilters.Columns()) {
@@ -65,102 +59,84 @@ TEST(FilterListTest, ColumnsByKeyWidthAndAlignment) {
                                         {"Data1", "", A::kCenter, 1570},
                                         {"Param2", "", A::kCenter, 1440},
                                         {"Data2", "", A::kCenter, 1570}}));
-  h.Open("", "", kBrowseSetup);
+  h.Open("", "", kSetup);  // no profile: rows unchecked with defaults
   EXPECT_EQ(h->Data1Column, 3);
   EXPECT_EQ(h->Data2Column, 5);
-}
-
-TEST(FilterListTest, RowsFromDefinitionsWithDefaultsAndColours) {
-  HeadlessEditor h;
-  h.Open("", "", kBrowseSetup);  // no profile: rows unchecked with defaults
-  ASSERT_EQ(h->cmbDataSet.Text(), "Accounts");
-  ExpectRows(h->lstFilters, {{"Balance over", "1", false, "more than", "30", "unused", ""},
+  ExpectRows(h->lstFilters, {{"Status is", "1", false, "is", "A", "unused", ""},
                              {"Due between", "2", false, "from", "01/01/2020", "to", "12/31/2020"},
                              {"Active only", "3", false, "", "", "", ""},
                              {"Bare", "4", false, "", "", "", ""}});
-  EXPECT_EQ(h->lstFilters.Item(1).tag, "1|more than|unused|ACCTS.Balance > %DATA1%|1|30");
+  EXPECT_EQ(h->lstFilters.Item(1).tag, "1|is|unused|ACCTS.Status='%DATA1%'|1|A");
   EXPECT_EQ(h->lstFilters.Item(4).tag, "|||||");
-  EXPECT_TRUE(h->lstFilters.Visible());
   EXPECT_EQ(h->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0xC0FFFF, 0, 0, 0}));
   EXPECT_EQ(h->FilterRowInputCount, (std::vector<std::int16_t>{1, 2, 0, 0, 0}));
 
   // Only Data1 (sub-item 2) and, for two values, Data2 (sub-item 4) are painted.
-  struct Paint {
+  const struct {
     int row, sub_item;
     std::optional<std::uint32_t> color;
-  };
-  const Paint paints[] = {{0, 2, kYellow},      {0, 4, std::nullopt}, {0, 0, std::nullopt},
-                          {0, 1, std::nullopt}, {0, 3, std::nullopt}, {1, 2, kYellow},
-                          {1, 4, kYellow},      {2, 2, std::nullopt}, {2, 4, std::nullopt},
-                          {3, 2, std::nullopt}, {9, 2, std::nullopt}, {-1, 2, std::nullopt}};
-  for (const Paint& p : paints) {
-    EXPECT_EQ(FilterCellColor(*h, p.row, p.sub_item), p.color)
-        << "row " << p.row << " sub-item " << p.sub_item;
+  } paints[] = {{0, 2, kEditableCellColor}, {0, 4, std::nullopt}, {0, 0, std::nullopt},
+                {0, 1, std::nullopt},       {0, 3, std::nullopt}, {1, 2, kEditableCellColor},
+                {1, 4, kEditableCellColor}, {2, 2, std::nullopt}, {2, 4, std::nullopt},
+                {3, 2, std::nullopt},       {9, 2, std::nullopt}, {-1, 2, std::nullopt}};
+  for (const auto& p : paints) {
+    EXPECT_EQ(FilterCellColor(*h, p.row, p.sub_item), p.color) << p.row << "/" << p.sub_item;
   }
 
   // Another data set: the arrays follow the row count, keeping what they held.
   h->cmbDataSet.SetText("Inventory");
-  ExpectRows(h->lstFilters, {{"Make is", "1", false, "=", "", "", ""}});
+  ExpectRows(h->lstFilters, {{"Arrived by", "7", false, "by", "", "", ""}});
   EXPECT_EQ(h->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0xC0FFFF}));
   EXPECT_EQ(h->FilterRowInputCount, (std::vector<std::int16_t>{1, 2}));
 }
 
-TEST(FilterListTest, SavedStateOverDefaults) {
+TEST(FilterListTest, SavedStateOverDefaultsAndOddDefinitions) {
   HeadlessEditor h;
   h.Open(ViewsWithChecks(Check("1", "True", "45") + Check("2", "False", "", "07/04/2020") +
                          Check("3", "maybe", "") + Check("3", "True", "second entry")),
-         "", kBrowseSetup);
-  ASSERT_EQ(h->txtCurrProf.Text(), "P");
-  ExpectRows(h->lstFilters, {{"Balance over", "1", true, "more than", "45", "unused", ""},
+         "", kSetup);
+  ExpectRows(h->lstFilters, {{"Status is", "1", true, "is", "45", "unused", ""},
                              {"Due between", "2", false, "from", "01/01/2020", "to", "07/04/2020"},
                              {"Active only", "3", false, "", "", "", ""},
                              {"Bare", "4", false, "", "", "", ""}});
-}
 
-TEST(FilterListTest, OddDefinitionsStillGiveRows) {
-  HeadlessEditor h;
-  h.Open("<Views><Profiles><Profile><Name>P</Name><DataSet>D</DataSet><FilterChecks>" +
-             Check("o'k", "True", "9") + Check("", "True", "8") +
-             "</FilterChecks></Profile></Profiles></Views>",
-         "",
-         "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes>"
-         "<DataSets><DataSet><Name>D</Name><Filters>"
-         "<Filter><Name>A</Name><Index>o'k</Index><InputNum>1</InputNum><Defaults>1</Defaults></"
-         "Filter>"
-         "<Filter><Name>B</Name><Index>o'k</Index><InputNum>3</InputNum></Filter>"
-         "<Filter><Name>C</Name><Index>c</Index><InputNum>2</InputNum><Defaults>a|b|c</Defaults></"
-         "Filter>"
-         "</Filters></DataSet></DataSets></ViewSetup>");
+  HeadlessEditor odd;
+  odd.Open("<Views><Profiles><Profile><Name>P</Name><DataSet>D</DataSet><FilterChecks>" +
+               Check("o'k", "True", "9") + Check("", "True", "8") +
+               "</FilterChecks></Profile></Profiles></Views>",
+           "",
+           "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes>"
+           "<DataSets><DataSet><Name>D</Name><Filters>"
+           "<Filter><Name>A</Name><Index>o'k</Index><InputNum>1</InputNum><Defaults>1</Defaults>"
+           "</Filter><Filter><Name>B</Name><Index>o'k</Index><InputNum>3</InputNum></Filter>"
+           "<Filter><Name>C</Name><Index>c</Index><InputNum>2</InputNum><Defaults>a|b|c"
+           "</Defaults></Filter></Filters></DataSet></DataSets></ViewSetup>");
   // An apostrophe in the key finds no saved entry; a repeated key leaves the
   // second row without one, which then finds the entry of the empty index.
-  ExpectRows(h->lstFilters, {{"A", "o'k", false, "", "1", "", ""},
-                             {"B", "", true, "", "8", "", ""},
-                             {"C", "c", false, "", "a", "", "b"}});
-  EXPECT_EQ(h->FilterRowInputCount, (std::vector<std::int16_t>{1, 3, 2, 0}));
-  EXPECT_EQ(h->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0, 0xC0FFFF, 0}));
+  ExpectRows(odd->lstFilters, {{"A", "o'k", false, "", "1", "", ""},
+                               {"B", "", true, "", "8", "", ""},
+                               {"C", "c", false, "", "a", "", "b"}});
+  EXPECT_EQ(odd->FilterRowInputCount, (std::vector<std::int16_t>{1, 3, 2, 0}));
+  EXPECT_EQ(odd->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0, 0xC0FFFF, 0}));
 }
 
 TEST(FilterListTest, MissingFiltersElementIsReportedOncePerLoadFiles) {
-  const std::string message = std::string("Error encountered while loading 'NoFilters' filter:") +
-                              kCrLf + kCrLf + "You may need to reinstall viewsetup.xml";
   HeadlessEditor h;
-  h.Open("", "", kBrowseSetup);
-  EXPECT_TRUE(h.Messages().empty());  // the empty data-set choice at start-up is quiet
-
+  h.Open("", "", kSetup);
+  EXPECT_TRUE(h.Messages().empty());  // the data-set choice at start-up is quiet
   h->cmbDataSet.SetText("NoFilters");
   EXPECT_EQ(h->lstFilters.ItemCount(), 0);
-  ASSERT_EQ(h.Messages(), (std::vector<std::string>{message}));
-  EXPECT_EQ(h.prompter.Shown()[0].title, "Error");
-  EXPECT_EQ(h.prompter.Shown()[0].icon, "critical");
-  EXPECT_EQ(h.prompter.Shown()[0].buttons, "OK");
+  ASSERT_EQ(h.prompter.Shown().size(), 1u);
+  EXPECT_EQ(testing::Box(h.prompter.Shown()[0]),
+            testing::Box("Error", "OK", "critical",
+                         std::string("Error encountered while loading 'NoFilters' filter:") +
+                             kCrLf + kCrLf + "You may need to reinstall viewsetup.xml"));
   EXPECT_TRUE(h->FilterErrorShown);
-
   h->cmbDataSet.SetText("Accounts");
   h->cmbDataSet.SetText("NoFilters");
   h->cmbDataSet.SetText("EmptyFilters");  // present but empty: no message at all
   EXPECT_EQ(h->lstFilters.ItemCount(), 0);
   EXPECT_EQ(h.Messages().size(), 1u);
-
   h->LoadFiles("views.xml", "defs.xml", "setup.xml");
   EXPECT_FALSE(h->FilterErrorShown);
   h->cmbDataSet.SetText("NoFilters");
@@ -168,8 +144,16 @@ TEST(FilterListTest, MissingFiltersElementIsReportedOncePerLoadFiles) {
 }
 
 TEST(FilterListTest, ApplyFilterChecksTouchesOnlyChecksAndValues) {
+  HeadlessEditor none;  // without a current profile it does nothing
+  none.Open("", "", kSetup);
+  none->lstFilters.SetSubItem(1, 2, "typed");
+  none->lstFilters.SetChecked(2, true);
+  ApplyFilterChecks(*none);
+  EXPECT_EQ(none->lstFilters.SubItem(1, 2), "typed");
+  EXPECT_TRUE(none->lstFilters.Item(2).checked);
+
   HeadlessEditor h;
-  h.Open(ViewsWithChecks(Check("1", "True", "45")), "", kBrowseSetup);
+  h.Open(ViewsWithChecks(Check("1", "True", "45")), "", kSetup);
   ui::ListView& list = h->lstFilters;
   list.SetChecked(1, false);
   list.SetChecked(3, true);
@@ -179,43 +163,25 @@ TEST(FilterListTest, ApplyFilterChecksTouchesOnlyChecksAndValues) {
   list.SetSubItem(3, 4, "kept too");
   list.SetSubItem(3, 1, "label");
   h->FilterRowColor[2] = 123;
-
   ApplyFilterChecks(*h);
-  ExpectRows(list, {{"Balance over", "1", true, "more than", "45", "unused", "kept"},
+  ExpectRows(list, {{"Status is", "1", true, "is", "45", "unused", "kept"},
                     {"Due between", "2", false, "from", "01/01/2020", "to", "12/31/2020"},
                     {"Active only", "3", true, "label", "", "", "kept too"},
                     {"Bare", "4", false, "", "", "", ""}});
   EXPECT_EQ(h->FilterRowColor[2], 123);
 }
 
-TEST(FilterListTest, ApplyFilterChecksWithoutProfileDoesNothing) {
+TEST(FilterListTest, UserCheckMarksChangeAndSelectsTheRowAndColourBoundsHold) {
   HeadlessEditor h;
-  h.Open("", "", kBrowseSetup);
-  ASSERT_FALSE(h->CurrentProfileNode());
-  h->lstFilters.SetSubItem(1, 2, "typed");
-  h->lstFilters.SetChecked(2, true);
-  ApplyFilterChecks(*h);
-  EXPECT_EQ(h->lstFilters.SubItem(1, 2), "typed");
-  EXPECT_TRUE(h->lstFilters.Item(2).checked);
-}
-
-TEST(FilterListTest, UserCheckMarksChangeAndSelectsTheRow) {
-  HeadlessEditor h;
-  h.Open(ViewsWithChecks(""), "", kBrowseSetup);
-  ASSERT_FALSE(h->ProfileChanged);
-  h->lstFilters.UserCheck(3, true);
-  EXPECT_TRUE(h->ProfileChanged);
-  EXPECT_EQ(h->lstFilters.SelectedItem(), 3);
-  EXPECT_TRUE(h->lstFilters.Item(3).checked);
-  h->ProfileChanged = false;
-  h->lstFilters.UserCheck(1, false);
-  EXPECT_TRUE(h->ProfileChanged);
-  EXPECT_EQ(h->lstFilters.SelectedItem(), 1);
-}
-
-TEST(FilterListTest, SetFilterRowColorBounds) {
-  HeadlessEditor h;
-  h.Open("", "", kBrowseSetup);  // four rows: arrays hold indices 0..4
+  h.Open(ViewsWithChecks(""), "", kSetup);
+  for (const auto& [row, on] : {std::pair{3, true}, std::pair{1, false}}) {
+    h->ProfileChanged = false;
+    h->lstFilters.UserCheck(row, on);
+    EXPECT_TRUE(h->ProfileChanged);
+    EXPECT_EQ(h->lstFilters.SelectedItem(), row);
+    EXPECT_EQ(h->lstFilters.Item(row).checked, on);
+  }
+  // Four rows: the arrays hold rows 1 to 5.
   const auto revision = h->lstFilters.Revision();
   SetFilterRowColor(*h, 5, 2, 77);
   EXPECT_EQ(h->FilterRowColor[4], 77);

@@ -2,48 +2,56 @@
 
 #include <gtest/gtest.h>
 
-#include "test_support.h"
+#include "fixtures.h"
 
 namespace cvve {
 namespace {
 
 using testing::HeadlessEditor;
 
-TEST(ProfileRecordTest, FindsTheFirstOfEqualNamesInEachFile) {
+// Records are found by walking them; what is found must be what the path
+// expression "./Profiles/Profile[Name='...']" selects: the first of equal
+// names, nothing for a name with an apostrophe.
+TEST(ProfileRecordTest, WalkFindsWhatTheExpressionSelects) {
   HeadlessEditor h;
   h.Open(
-      "<Views><Profiles><Profile><Name>A</Name><SortBy>first</SortBy></Profile>"
-      "<Profile><Name>A</Name><SortBy>second</SortBy></Profile></Profiles></Views>",
-      "<Views><Profiles><Profile><Name>Sys</Name><DataSet>Accounts</DataSet></Profile>"
-      "</Profiles></Views>",
-      "<ViewSetup/>");
-  XmlNode a = SelectProfileCustom(*h, "A");
-  ASSERT_TRUE(a);
-  EXPECT_EQ(ChildText(a, "SortBy"), "first");
-  EXPECT_EQ(h->ViewsDoc.CurrentNode(), a);
-  EXPECT_EQ(h->CurrentProfileNode(), a);
-  EXPECT_EQ(h->ViewsDoc.GetValue("SortBy"), "first");
-
-  XmlNode sys = SelectProfile(*h, "Sys");
-  ASSERT_TRUE(sys);
-  EXPECT_EQ(h->CurrentProfileNode(), sys);
-  EXPECT_FALSE(SelectProfile(*h, "A"));  // only in the views file
-  EXPECT_FALSE(h->CurrentProfileNode());
-  EXPECT_FALSE(h->DefaultsDoc.CurrentNode());
-  EXPECT_EQ(FindProfileElement(h->ViewsDoc, "A"), a);
-}
-
-TEST(ProfileRecordTest, ApostrophesAndReloadsLoseTheRecord) {
-  HeadlessEditor h;
-  h.Open("<Views><Profiles><Profile><Name>Bob's</Name></Profile></Profiles></Views>", "",
-         "<ViewSetup/>");
+      "<Views><Profiles>"
+      "<Profile><Name>Split<![CDATA[ Name]]></Name><SortBy>cdata</SortBy></Profile>"
+      "<Profile><Name>First</Name><Name>Alias</Name><SortBy>two names</SortBy></Profile>"
+      "<Profile><Name><b>Deep</b></Name></Profile><Other><Name>NotAProfile</Name></Other>"
+      "<Profile><Name>Bob's</Name></Profile>"
+      "</Profiles><Profiles><Profile><Name>Second Section</Name></Profile>"
+      "<Profile><Name>Alias</Name><SortBy>later</SortBy></Profile></Profiles></Views>",
+      "", testing::kSetup);
+  const XmlNode root = h->ViewsDoc.Root();
+  for (const char* name : {"Split Name", "First", "Alias", "Deep", "Second Section", "NotAProfile",
+                           "Split", "", "Bob's", "x' or 'a'='a"}) {
+    SCOPED_TRACE(name);
+    std::vector<XmlNode> expected = SelectNodes(root, ProfilePath(name));
+    XmlNode found = SelectProfileCustom(*h, name);
+    EXPECT_EQ(found, expected.empty() ? XmlNode() : expected.front());
+    EXPECT_EQ(h->ViewsDoc.CurrentNode(), found);
+    EXPECT_EQ(h->CurrentProfileNode(), found);
+  }
+  EXPECT_EQ(ChildText(SelectProfileCustom(*h, "Alias"), "SortBy"), "two names");
+  EXPECT_TRUE(SelectProfileCustom(*h, "x' or 'a'='a"));  // the pasted name rules
   EXPECT_FALSE(SelectProfileCustom(*h, "Bob's"));
   EXPECT_TRUE(FindProfileElement(h->ViewsDoc, "Bob's"));  // walking finds it
-  std::string path =
-      h.dir.Write("views.xml", "<Views><Profiles><Profile><Name>X</Name></Profile></Profiles></Views>");
-  h->ViewsDoc.Load(path);
-  ASSERT_TRUE(SelectProfileCustom(*h, "X"));
-  h->ViewsDoc.Load(path);
+}
+
+TEST(ProfileRecordTest, EachFileIsSearchedOnItsOwnAndReloadsDropTheRecord) {
+  HeadlessEditor h;
+  h.Open(testing::kViews, testing::kDefaults, testing::kSetup);
+  XmlNode sys = SelectProfile(*h, "All Accounts");
+  ASSERT_TRUE(sys);
+  EXPECT_EQ(h->CurrentProfileNode(), sys);
+  EXPECT_EQ(h->DefaultsDoc.GetValue("SQL"), "CQ:SELECT stored");
+  EXPECT_FALSE(SelectProfile(*h, "Mine"));  // only in the views file
+  EXPECT_FALSE(h->CurrentProfileNode());
+  EXPECT_FALSE(h->DefaultsDoc.CurrentNode());
+
+  ASSERT_TRUE(SelectProfileCustom(*h, "Mine"));
+  h->ViewsDoc.Load(h->ViewsPath);
   EXPECT_FALSE(h->CurrentProfileNode());  // the old handle is not handed out
 }
 
