@@ -19,7 +19,11 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    return app.exit(e);
+    // --help prints and succeeds; a usage error is exit code 2, as for every
+    // failure to start; a command's own RuntimeError carries its code.
+    int code = app.exit(e);
+    if (code == 0 || dynamic_cast<const CLI::RuntimeError*>(&e)) return code;
+    return 2;
   }
   try {
     if (app.get_subcommands().empty()) {

@@ -93,7 +93,9 @@ void DocumentCursor::Save(const std::string& path) const {
   const std::string text = ToString();
   fs::path target(path);
   fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  std::string pattern = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  std::string temp_leaf = ".";
+  temp_leaf.append(target.filename().string()).append(".XXXXXX");
+  std::string pattern = (folder / temp_leaf).string();
   std::vector<char> temp_name(pattern.begin(), pattern.end());
   temp_name.push_back('\0');
   int fd = ::mkstemp(temp_name.data());
@@ -116,7 +118,8 @@ void DocumentCursor::Save(const std::string& path) const {
   if (fs::exists(target, ec)) {
     // One generation of backup: a hard link keeps the old contents even
     // after the rename below replaces the name.
-    fs::path backup = target.string() + ".bak";
+    fs::path backup = target;
+    backup += ".bak";
     fs::remove(backup, ec);
     fs::create_hard_link(target, backup, ec);
     if (ec) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, ec);

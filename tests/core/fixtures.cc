@@ -5,22 +5,21 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "base/error.h"
+
 namespace cvve::testing {
 
 // Folders 0, 1, 2 and a hidden 99. "Accounts" has the statement builder's
 // worked-example template, typed and sized columns (Balance with two Field
 // children, a computed "$" sort field, a column without sort field whose
 // Field is in lower case) and filters of one, two and no values plus one
-// with no definition. "Inventory" has every other placeholder. A comment
-// stands between two data sets; "NoFilters" lacks its Filters element and
-// holds a nameless and two equally named columns. Tab indexes 1, 2, 3, 5.
+// with no definition. "Inventory" has every other placeholder. "NoFilters"
+// lacks its Filters element and holds a nameless and two equally named
+// columns. Tab indexes 1, 2, 3, 5.
 const std::string kSetup = R"(<ViewSetup>
-  <RootNodes>
-    <Root><Index>0</Index><Name>System Views</Name></Root>
-    <Root><Index>1</Index><Name>Collections</Name></Root>
-    <Root><Index>99</Index><Name>Hidden</Name></Root>
-    <Root><Index>2</Index><Name>Sales</Name></Root>
-  </RootNodes>
+  <RootNodes><Root><Index>0</Index><Name>System Views</Name></Root>
+    <Root><Index>1</Index><Name>Collections</Name></Root><Root><Index>99</Index><Name>Hidden</Name></Root>
+    <Root><Index>2</Index><Name>Sales</Name></Root></RootNodes>
   <DataSets>
     <DataSet><Name>Accounts</Name>
       <SQL>SELECT %FIELDLIST% FROM ACCTS WHERE %WHERELIST% %GROUPING% %ORDERLIST%</SQL>
@@ -49,7 +48,6 @@ const std::string kSetup = R"(<ViewSetup>
         <Filter><Name>Arrived by</Name><Index>7</Index><InputNum>1</InputNum><Label1>by</Label1><SQL>INV_INFO.Arrived LESSEQUAL '%DATA1%'</SQL><Group>3</Group></Filter>
       </Filters>
     </DataSet>
-    <!-- a comment between data sets -->
     <DataSet><Name>NoFilters</Name><SQL>SELECT %FIELDLIST% FROM ODD</SQL>
       <Columns>
         <Column><Name>Twin</Name><SortField>first</SortField></Column>
@@ -60,12 +58,8 @@ const std::string kSetup = R"(<ViewSetup>
     </DataSet>
     <DataSet><Name>EmptyFilters</Name><SQL>y</SQL><Columns/><Filters/></DataSet>
   </DataSets>
-  <Tabs>
-    <Tab><Index>1</Index><Name>General</Name></Tab>
-    <Tab><Index>2</Index><Name>Payments</Name></Tab>
-    <Tab><Index>3</Index><Name>Notes</Name></Tab>
-    <Tab><Index>5</Index><Name>History</Name></Tab>
-  </Tabs>
+  <Tabs><Tab><Index>1</Index><Name>General</Name></Tab><Tab><Index>2</Index><Name>Payments</Name></Tab>
+    <Tab><Index>3</Index><Name>Notes</Name></Tab><Tab><Index>5</Index><Name>History</Name></Tab></Tabs>
 </ViewSetup>)";
 
 // System profiles; "Past Due" is customised in the views file.
@@ -114,12 +108,20 @@ const std::string kViews = R"(<Views><Profiles>
     <SQL>SELECT x WHERE %USERWHERE%</SQL></Profile>
 </Profiles></Views>)";
 
+std::string ViewsFile(const std::vector<std::pair<std::string, std::string>>& profiles) {
+  std::string text = "<Views><Profiles>";
+  for (const auto& [name, elements] : profiles) {
+    text += "<Profile><Name>" + name + "</Name>" + elements + "</Profile>";
+  }
+  return text + "</Profiles></Views>";
+}
+
 std::string ReportDocument(const std::string& name) {
-  return "<Views><Profiles><Profile><Name>" + name +
-         "</Name><DataSet>Accounts</DataSet><AcctViewType>0</AcctViewType>"
-         "<FilterType>0</FilterType><SQL/><SortBy>Account</SortBy><SortASCDESC>ASC</SortASCDESC>"
-         "<Columns><Column><Name>Account</Name></Column><Column><Name>Balance</Name></Column>"
-         "</Columns></Profile></Profiles></Views>";
+  return ViewsFile({{name,
+                     "<DataSet>Accounts</DataSet><AcctViewType>0</AcctViewType><FilterType>0"
+                     "</FilterType><SQL/><SortBy>Account</SortBy><SortASCDESC>ASC</SortASCDESC>"
+                     "<Columns><Column><Name>Account</Name></Column><Column><Name>Balance</Name>"
+                     "</Column></Columns>"}});
 }
 
 std::string ReportsFolder(const HeadlessEditor& h) {
@@ -133,6 +135,16 @@ void OpenReports(HeadlessEditor& h,
   for (const auto& [name, text] : reports) h.dir.Write("Custom Reports/" + name + ".cvx", text);
   h->SetReportMode(-1);
   h->LoadFiles(ReportsFolder(h) + "/", "", "reportsetup.xml");
+}
+
+void OpenFileSet(HeadlessEditor& h, const std::string& name) {
+  h.Open(kViews, kDefaults, kSetup);
+  if (!name.empty()) Select(h, name);
+}
+
+void OpenSalesReport(HeadlessEditor& h) {
+  OpenReports(h, {{"Sales", ReportDocument("Sales")}});
+  Select(h, "Sales");
 }
 
 void Select(HeadlessEditor& h, const std::string& name) {
@@ -186,6 +198,54 @@ std::vector<std::string> FilesIn(const std::string& folder) {
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+namespace {
+
+struct FakeResult : ReportResult {
+  explicit FakeResult(int pages) : count(pages) {}
+  int Count() const override { return count; }
+  int count;
+};
+
+struct FakeReport : Report {
+  explicit FakeReport(FakeEngine& e) : engine(e), values(e.variables.size()) { ++e.log.created; }
+  ~FakeReport() override { ++engine.log.released; }
+  void Load(const std::string& path) override {
+    engine.log.loaded.push_back(path);
+    if (engine.load_fails) throw Error("cannot open " + path);
+  }
+  int VariableCount() const override { return static_cast<int>(values.size()); }
+  std::string VariableName(int at) const override { return engine.variables.at(at - 1); }
+  std::string VariableValue(int at) const override { return values.at(at - 1); }
+  void SetVariableValue(int at, const std::string& value) override {
+    values.at(at - 1) = value;
+    engine.log.set.emplace_back(at, value);
+  }
+  std::unique_ptr<ReportResult> Run() override {
+    ++engine.log.runs;
+    return engine.pages ? std::make_unique<FakeResult>(*engine.pages) : nullptr;
+  }
+  FakeEngine& engine;
+  std::vector<std::string> values;
+};
+
+struct FakeViewer : ReportViewer {
+  explicit FakeViewer(FakeEngine& e) : engine(e) { ++e.log.created; }
+  ~FakeViewer() override { ++engine.log.released; }
+  void SetResult(std::unique_ptr<ReportResult> result) override {
+    engine.log.handed_count = result ? result->Count() : -1;
+    engine.log.own_result = dynamic_cast<FakeResult*>(result.get()) != nullptr;
+  }
+  void Show() override { ++engine.log.shown; }
+  FakeEngine& engine;
+};
+
+}  // namespace
+
+std::unique_ptr<Report> FakeEngine::CreateReport() { return std::make_unique<FakeReport>(*this); }
+std::unique_ptr<ReportViewer> FakeEngine::CreateViewer() {
+  return std::make_unique<FakeViewer>(*this);
 }
 
 FileSizeLimit::FileSizeLimit(rlim_t bytes) {

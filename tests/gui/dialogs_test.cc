@@ -1,6 +1,5 @@
 // The dialogs' faces and modes, the Qt DialogHost's modal runs, and the Qt
 // Prompter's message boxes, input boxes and wait cursor.
-#include <QApplication>
 #include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
@@ -10,15 +9,11 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
-#include <QTimer>
 
 #include "filters/frm_acct_view_advanced.h"
-#include "gui/advanced_filter_dialog.h"
-#include "gui/qt_dialog_host.h"
-#include "gui/qt_prompter.h"
+#include "gui/model_dialog.h"
 #include "gui/qt_screen.h"
 #include "gui/units.h"
-#include "gui/variables_dialog.h"
 #include "gui_fixture.h"
 #include "variables/frm_variables.h"
 
@@ -29,23 +24,17 @@ using cvve::gui::QtDialogHost;
 using cvve::gui::QtPrompter;
 using cvve::gui::ToPixelsX;
 using cvve::gui::ToPixelsY;
-namespace ui = cvve::ui;
 
 class DialogsTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void VariablesInDefinitionMode();
-  void VariablesInValueEntryMode();
-  void VariablesCloseByEscapeKeepsWhatWasTyped();
+  void VariablesDialogModes();
   void AdvancedFilterGeometryTextAndClose();
-  void AdvancedFilterFrameCloseEndsTheEdit();
   void EditorRunsModallyUntilItsFormHides();
-  void MessageBoxesMapIconsButtonsAndAnswers_data();
   void MessageBoxesMapIconsButtonsAndAnswers();
   void InputBoxGivesTextOrNothing();
-  void WaitCursorNests();
-  void CFaceGetsTheQtScreen();
+  void WaitCursorNestsAndCFaceGetsTheQtScreen();
 };
 
 namespace {
@@ -54,117 +43,84 @@ QLineEdit* Field(ModelDialog& dialog, const char* name) {
   return dialog.findChild<QLineEdit*>(name);
 }
 
-// Waits for the next modal input dialog and hands it over.
-void AnswerNextInputBox(std::function<void(QInputDialog*)> answer) {
-  auto* poll = new QTimer;
-  poll->setInterval(10);
-  QObject::connect(poll, &QTimer::timeout, [poll, answer] {
-    auto* box = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
-    if (!box || !box->isVisible()) return;
-    poll->stop();
-    poll->deleteLater();
-    answer(box);
-  });
-  poll->start();
+// Runs `form` modally; `user` acts on the dialog once it is shown, and the
+// form must be hidden when the run returns.
+template <class Form>
+void RunModal(Form& form, std::function<void(ModelDialog&)> user) {
+  QtDialogHost host;
+  bool shown = false;
+  host.on_dialog_shown = [&](ModelDialog& dialog) {
+    shown = true;
+    user(dialog);
+  };
+  host.RunModal(form);
+  QVERIFY(shown);
+  QVERIFY(!form.Visible());
 }
 
 }  // namespace
 
-void DialogsTest::VariablesInDefinitionMode() {
+void DialogsTest::VariablesDialogModes() {
   frmVariables form;
   form.SetVariable(0, "Start Date:", "Date", "START_DATE");
-  form.InputMode(false);
-  QtDialogHost host;
-  bool shown = false;
-  host.on_dialog_shown = [&](ModelDialog& dialog) {
-    shown = true;
-    QCOMPARE(dialog.windowTitle(), QString("Report Variables"));
-    QCOMPARE(dialog.width(), ToPixelsX(&dialog, 6795));
-    QCOMPARE(Field(dialog, "txtVariableCaption(0)")->text(), QString("Start Date:"));
-    QCOMPARE(dialog.findChild<QComboBox*>("cmbVariable(0)")->currentText(), QString("Date"));
-    QVERIFY(Field(dialog, "txtVariableCaption(0)")->isEnabled());
-    QCOMPARE(Field(dialog, "txtVariableCaption(0)")->palette().color(QPalette::Base),
-             QApplication::palette().color(QPalette::Base));
-    // The value column lies beyond the definition-mode width; no message.
-    QVERIFY(!Field(dialog, "txtValue(0)")->isVisible());
-    QVERIFY(!dialog.findChild<QLabel*>("lblMessage")->isVisible());
-    // Define slot 1 by typing and picking.
-    QTest::keyClicks(Field(dialog, "txtVariableCaption(1)"), "Salesperson:");
-    QTest::keyClicks(Field(dialog, "txtVariableName(1)"), "SALESMAN");
-    auto* type = dialog.findChild<QComboBox*>("cmbVariable(1)");
-    type->setFocus();
-    type->setCurrentIndex(-1);
-    QTest::keyClicks(type->lineEdit(), "Salesperson");
-    QTest::mouseClick(dialog.findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
-  };
-  host.RunModal(form);
-  QVERIFY(shown);
-  QVERIFY(!form.Visible());
+  // The face of each mode: definition (false) and value entry (true).
+  for (bool input : {false, true}) {
+    form.InputMode(input);
+    RunModal(form, [input](ModelDialog& dialog) {
+      QCOMPARE(dialog.windowTitle(), QString("Report Variables"));
+      QCOMPARE(dialog.width(), ToPixelsX(&dialog, input ? 8400 : 6795));
+      QCOMPARE(Field(dialog, "txtVariableCaption(0)")->text(), QString("Start Date:"));
+      QCOMPARE(dialog.findChild<QComboBox*>("cmbVariable(0)")->currentText(), QString("Date"));
+      QCOMPARE(dialog.findChild<QComboBox*>("cmbVariable(0)")->isEnabled(), !input);
+      for (const char* name : {"txtVariableCaption(0)", "txtVariableName(0)"}) {
+        QCOMPARE(Field(dialog, name)->isEnabled(), !input);
+        QCOMPARE(Field(dialog, name)->palette().color(QPalette::Base),
+                 QApplication::palette().color(input ? QPalette::Button : QPalette::Base));
+      }
+      // The value column lies beyond the definition-mode width; so does the message.
+      auto* message = dialog.findChild<QLabel*>("lblMessage");
+      QCOMPARE(message->isVisible(), input);
+      QCOMPARE(message->text(), QString(cvve::kVariablesMessage));
+      QLineEdit* value = Field(dialog, "txtValue(0)");
+      QCOMPARE(value->isVisible(), input);
+      if (input) {
+        QVERIFY(value->isEnabled());
+        QTest::keyClicks(value, "2026-03-01");
+        QTest::keyClick(value, Qt::Key_Return);  // presses the default button, OK
+        return;
+      }
+      // Define slot 1 by typing and picking.
+      QTest::keyClicks(Field(dialog, "txtVariableCaption(1)"), "Salesperson:");
+      QTest::keyClicks(Field(dialog, "txtVariableName(1)"), "SALESMAN");
+      auto* type = dialog.findChild<QComboBox*>("cmbVariable(1)");
+      type->setFocus();
+      type->setCurrentIndex(-1);
+      QTest::keyClicks(type->lineEdit(), "Salesperson");
+      QTest::mouseClick(dialog.findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
+    });
+  }
+  QCOMPARE(form.GetValue(0), std::string("2026-03-01"));
   std::string caption, type, name;
   form.GetVariable(1, caption, type, name);
-  QCOMPARE(caption, std::string("Salesperson:"));
-  QCOMPARE(type, std::string("Salesperson"));
-  QCOMPARE(name, std::string("SALESMAN"));
+  QCOMPARE(caption + "/" + type + "/" + name, std::string("Salesperson:/Salesperson/SALESMAN"));
   QVERIFY(form.HasVariables());
-}
 
-void DialogsTest::VariablesInValueEntryMode() {
-  frmVariables form;
-  form.SetVariable(0, "Start Date:", "Date", "START_DATE");
-  form.InputMode(true);
-  QtDialogHost host;
-  bool shown = false;
-  host.on_dialog_shown = [&](ModelDialog& dialog) {
-    shown = true;
-    QCOMPARE(dialog.width(), ToPixelsX(&dialog, 8400));
-    auto* message = dialog.findChild<QLabel*>("lblMessage");
-    QVERIFY(message->isVisible());
-    QCOMPARE(message->text(), QString(cvve::kVariablesMessage));
-    for (const char* name : {"txtVariableCaption(0)", "txtVariableName(0)"}) {
-      QLineEdit* field = Field(dialog, name);
-      QVERIFY(!field->isEnabled());
-      QCOMPARE(field->palette().color(QPalette::Base),
-               QApplication::palette().color(QPalette::Button));
-    }
-    QVERIFY(!dialog.findChild<QComboBox*>("cmbVariable(0)")->isEnabled());
-    QLineEdit* value = Field(dialog, "txtValue(0)");
-    QVERIFY(value->isVisible());
-    QVERIFY(value->isEnabled());
-    QTest::keyClicks(value, "2026-03-01");
-    // Enter presses the default button, OK.
-    QTest::keyClick(value, Qt::Key_Return);
-  };
-  host.RunModal(form);
-  QVERIFY(shown);
-  QVERIFY(!form.Visible());
-  QCOMPARE(form.GetValue(0), std::string("2026-03-01"));
-}
-
-void DialogsTest::VariablesCloseByEscapeKeepsWhatWasTyped() {
-  frmVariables form;
+  // Escape closes it too and keeps what was typed: the dialog has no cancel.
   form.InputMode(false);
-  QtDialogHost host;
-  host.on_dialog_shown = [&](ModelDialog& dialog) {
+  RunModal(form, [](ModelDialog& dialog) {
     QTest::keyClicks(Field(dialog, "txtVariableName(2)"), "LOT");
     QTest::keyClick(&dialog, Qt::Key_Escape);
-  };
-  host.RunModal(form);
-  QVERIFY(!form.Visible());
-  std::string caption, type, name;
+  });
   form.GetVariable(2, caption, type, name);
-  QCOMPARE(name, std::string("LOT"));  // the dialog has no cancel
+  QCOMPARE(name, std::string("LOT"));
 }
 
 void DialogsTest::AdvancedFilterGeometryTextAndClose() {
   frmAcctViewAdvanced form;
   form.SetSQL("CQ:SELECT a FROM b WHERE CQ:x=1");
-  QtDialogHost host;
-  bool shown = false;
-  host.on_dialog_shown = [&](ModelDialog& dialog) {
-    shown = true;
+  RunModal(form, [](ModelDialog& dialog) {
     QCOMPARE(dialog.windowTitle(), QString("Advanced Filter"));
     auto* sql = dialog.findChild<QPlainTextEdit*>("txtSQL");
-    QVERIFY(sql);
     QCOMPARE(sql->geometry(), QRect(ToPixelsX(&dialog, 120), ToPixelsY(&dialog, 120),
                                     ToPixelsX(&dialog, 6375), ToPixelsY(&dialog, 1815)));
     QCOMPARE(sql->toPlainText(), QString("SELECT a FROM b WHERE x=1"));
@@ -172,39 +128,24 @@ void DialogsTest::AdvancedFilterGeometryTextAndClose() {
     const QRect screen = dialog.screen()->geometry();
     const int tx = cvve::gui::TwipsPerPixelX(&dialog);
     const int ty = cvve::gui::TwipsPerPixelY(&dialog);
-    QCOMPARE(dialog.pos().x(),
-             screen.left() + frmAcctViewAdvanced::CentredLeft(screen.width() * tx) / tx);
-    QCOMPARE(dialog.pos().y(),
-             screen.top() + frmAcctViewAdvanced::CentredTop(screen.height() * ty) / ty);
+    QCOMPARE(dialog.pos(),
+             screen.topLeft() + QPoint(frmAcctViewAdvanced::CentredLeft(screen.width() * tx) / tx,
+                                       frmAcctViewAdvanced::CentredTop(screen.height() * ty) / ty));
     sql->moveCursor(QTextCursor::End);
     QTest::keyClicks(sql, " AND y=2");
     auto* close = dialog.findChild<QPushButton*>("cmdClose");
     QCOMPARE(close->text(), QString("Close"));
     QTest::mouseClick(close, Qt::LeftButton);
-  };
-  host.RunModal(form);
-  QVERIFY(shown);
-  QVERIFY(!form.Visible());
+  });
   QCOMPARE(form.SQL(), std::string("SELECT a FROM b WHERE x=1 AND y=2"));
-}
-
-void DialogsTest::AdvancedFilterFrameCloseEndsTheEdit() {
-  frmAcctViewAdvanced form;
-  form.SetSQL("SELECT 1");
-  QtDialogHost host;
-  host.on_dialog_shown = [&](ModelDialog& dialog) { dialog.close(); };
-  host.RunModal(form);
-  QVERIFY(!form.Visible());
-  QCOMPARE(form.SQL(), std::string("SELECT 1"));
+  // The frame's close ends the edit the same way.
+  RunModal(form, [](ModelDialog& dialog) { dialog.close(); });
+  QCOMPARE(form.SQL(), std::string("SELECT a FROM b WHERE x=1 AND y=2"));
 }
 
 void DialogsTest::EditorRunsModallyUntilItsFormHides() {
   cvve::guitest::GuiEditor g;
-  g.dir.Write("views.xml", cvve::guitest::kViews);
-  g.dir.Write("defs.xml", cvve::guitest::kDefaults);
-  g.dir.Write("setup.xml", cvve::guitest::kSetup);
-  g->SetReportMode(0);
-  g->LoadFiles("views.xml", "defs.xml", "setup.xml");
+  g.Load();
   int dialogs_seen = 0;
   int variables_width = 0;
   g.dialogs.on_dialog_shown = [&](ModelDialog& dialog) {
@@ -212,8 +153,7 @@ void DialogsTest::EditorRunsModallyUntilItsFormHides() {
     variables_width = dialog.width();
     QTest::mouseClick(dialog.findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
   };
-  // Should OK ask about unsaved changes, the answer is No.
-  g.recorded.QueueAnswer(ui::Answer::kNo);
+  g.recorded.QueueAnswer(cvve::ui::Answer::kNo);  // should OK ask about unsaved changes
   bool editor_shown = false;
   g.dialogs.on_editor_shown = [&](cvve::gui::EditorWindow& window) {
     editor_shown = true;
@@ -224,72 +164,60 @@ void DialogsTest::EditorRunsModallyUntilItsFormHides() {
     QTest::mouseClick(window.findChild<QPushButton*>("cmdEditVariables"), Qt::LeftButton);
     QTest::mouseClick(window.findChild<QPushButton*>("cmdOK"), Qt::LeftButton);
   };
-  g.dialogs.RunModal(*g);
+  g.dialogs.RunModal(*g.ed);
   QVERIFY(editor_shown);
   QCOMPARE(dialogs_seen, 1);
   QCOMPARE(variables_width, ToPixelsX(nullptr, 6795));
   QVERIFY(!g->Visible());
   QVERIFY(g.dialogs.OpenEditors().empty());
-  // OK wrote the views file (view mode).
-  QVERIFY(!g.ViewsFileText().empty());
-}
-
-void DialogsTest::MessageBoxesMapIconsButtonsAndAnswers_data() {
-  QTest::addColumn<int>("buttons");
-  QTest::addColumn<int>("icon");
-  QTest::addColumn<int>("click");  // a QMessageBox::StandardButton, or 0 for Escape
-  QTest::addColumn<int>("answer");
-  QTest::addColumn<int>("qt_icon");
-  using B = ui::Buttons;
-  using I = ui::Icon;
-  using A = ui::Answer;
-  QTest::newRow("yes") << int(B::kYesNoCancel) << int(I::kQuestion) << int(QMessageBox::Yes)
-                       << int(A::kYes) << int(QMessageBox::Question);
-  QTest::newRow("cancel") << int(B::kYesNoCancel) << int(I::kQuestion) << int(QMessageBox::Cancel)
-                          << int(A::kCancel) << int(QMessageBox::Question);
-  QTest::newRow("escape yes/no") << int(B::kYesNo) << int(I::kQuestion) << 0 << int(A::kNo)
-                                 << int(QMessageBox::Question);
-  QTest::newRow("escape yes/no/cancel") << int(B::kYesNoCancel) << int(I::kQuestion) << 0
-                                        << int(A::kCancel) << int(QMessageBox::Question);
-  QTest::newRow("critical ok") << int(B::kOk) << int(I::kCritical) << int(QMessageBox::Ok)
-                               << int(A::kOk) << int(QMessageBox::Critical);
-  QTest::newRow("exclamation") << int(B::kOk) << int(I::kExclamation) << int(QMessageBox::Ok)
-                               << int(A::kOk) << int(QMessageBox::Warning);
-  QTest::newRow("information") << int(B::kOk) << int(I::kInformation) << 0 << int(A::kOk)
-                               << int(QMessageBox::Information);
+  QVERIFY(!g.ViewsFileText().empty());  // OK wrote the views file (view mode)
 }
 
 void DialogsTest::MessageBoxesMapIconsButtonsAndAnswers() {
-  QFETCH(int, buttons);
-  QFETCH(int, icon);
-  QFETCH(int, click);
-  QFETCH(int, answer);
-  QFETCH(int, qt_icon);
+  using B = cvve::ui::Buttons;
+  using I = cvve::ui::Icon;
+  using A = cvve::ui::Answer;
+  const struct {
+    B buttons;
+    I icon;
+    int click;  // a QMessageBox::StandardButton, or 0 for Escape
+    A answer;
+    QMessageBox::Icon qt_icon;
+  } kCases[] = {
+      {B::kYesNoCancel, I::kQuestion, QMessageBox::Yes, A::kYes, QMessageBox::Question},
+      {B::kYesNoCancel, I::kQuestion, QMessageBox::Cancel, A::kCancel, QMessageBox::Question},
+      {B::kYesNo, I::kQuestion, 0, A::kNo, QMessageBox::Question},
+      {B::kYesNoCancel, I::kQuestion, 0, A::kCancel, QMessageBox::Question},
+      {B::kOk, I::kCritical, QMessageBox::Ok, A::kOk, QMessageBox::Critical},
+      {B::kOk, I::kExclamation, QMessageBox::Ok, A::kOk, QMessageBox::Warning},
+      {B::kOk, I::kInformation, 0, A::kOk, QMessageBox::Information},
+  };
   QtPrompter prompter;
-  QString text, title;
-  int seen_icon = -1;
-  cvve::guitest::AnswerNextMessageBox([&](QMessageBox* box) {
-    text = box->text();
-    title = box->windowTitle();
-    seen_icon = box->icon();
-    if (click == 0) {
-      QTest::keyClick(box, Qt::Key_Escape);
-    } else {
-      box->button(QMessageBox::StandardButton(click))->click();
-    }
-  });
-  const ui::Answer got = prompter.MsgBox("First line.\r\n\r\nSecond line.", ui::Buttons(buttons),
-                                         ui::Icon(icon), "Title");
-  QCOMPARE(int(got), answer);
-  QCOMPARE(seen_icon, qt_icon);
-  QCOMPARE(text, QString("First line.\n\nSecond line."));
-  QCOMPARE(title, QString("Title"));
+  for (const auto& c : kCases) {
+    QString text, title;
+    QMessageBox::Icon seen_icon = QMessageBox::NoIcon;
+    cvve::guitest::AnswerNext<QMessageBox>([&](QMessageBox* box) {
+      text = box->text();
+      title = box->windowTitle();
+      seen_icon = box->icon();
+      if (c.click == 0) {
+        QTest::keyClick(box, Qt::Key_Escape);
+      } else {
+        box->button(QMessageBox::StandardButton(c.click))->click();
+      }
+    });
+    const A got = prompter.MsgBox("First line.\r\n\r\nSecond line.", c.buttons, c.icon, "Title");
+    QCOMPARE(got, c.answer);
+    QCOMPARE(seen_icon, c.qt_icon);
+    QCOMPARE(text, QString("First line.\n\nSecond line."));
+    QCOMPARE(title, QString("Title"));
+  }
 }
 
 void DialogsTest::InputBoxGivesTextOrNothing() {
   QtPrompter prompter;
   QString label, title, shown_default;
-  AnswerNextInputBox([&](QInputDialog* box) {
+  cvve::guitest::AnswerNext<QInputDialog>([&](QInputDialog* box) {
     label = box->labelText();
     title = box->windowTitle();
     shown_default = box->textValue();
@@ -303,7 +231,7 @@ void DialogsTest::InputBoxGivesTextOrNothing() {
   QCOMPARE(title, QString("Copy Profile"));
   QCOMPARE(shown_default, QString("Copy of Past Due"));
 
-  AnswerNextInputBox([](QInputDialog* box) {
+  cvve::guitest::AnswerNext<QInputDialog>([](QInputDialog* box) {
     box->setTextValue("typed, then cancelled");
     box->reject();
   });
@@ -311,7 +239,7 @@ void DialogsTest::InputBoxGivesTextOrNothing() {
            std::string());
 }
 
-void DialogsTest::WaitCursorNests() {
+void DialogsTest::WaitCursorNestsAndCFaceGetsTheQtScreen() {
   QtPrompter prompter;
   QVERIFY(!QApplication::overrideCursor());
   prompter.SetWaitCursor(true);
@@ -323,9 +251,7 @@ void DialogsTest::WaitCursorNests() {
   QVERIFY(!QApplication::overrideCursor());
   prompter.SetWaitCursor(false);  // an extra "off" restores nothing it did not set
   QVERIFY(!QApplication::overrideCursor());
-}
 
-void DialogsTest::CFaceGetsTheQtScreen() {
   // Linking the window library registers its screen for hosts that use the
   // C face; with a QApplication running it is the Qt one.
   std::unique_ptr<cvve::Screen> screen = cvve::MakeDefaultScreen();

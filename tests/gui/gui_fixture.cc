@@ -2,10 +2,8 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 
 #include "gui/tree_model.h"
 
@@ -39,31 +37,25 @@ const char* const kSetup = R"(<ViewSetup>
 </ViewSetup>
 )";
 
-const char* const kDefaults = R"(<Views><Profiles>
-  <Profile>
-    <Name>Account Lookup</Name><DataSet>Accounts</DataSet><AcctViewType>0</AcctViewType>
-    <FilterType>0</FilterType><SQL/>
-    <Columns><Column><Name>Account #</Name></Column></Columns>
-    <SortBy>Account #</SortBy><SortASCDESC>ASC</SortASCDESC><Tabs>1</Tabs>
-  </Profile>
-</Profiles></Views>
-)";
+namespace {
 
-const char* const kViews = R"(<Views><Profiles>
-  <Profile>
-    <Name>My Accounts</Name><DataSet>Accounts</DataSet><AcctViewType>1</AcctViewType>
-    <FilterType>0</FilterType><SQL/>
-    <Columns><Column><Name>Account #</Name></Column></Columns>
-    <SortBy>Account #</SortBy><SortASCDESC>ASC</SortASCDESC><Tabs>1</Tabs>
-  </Profile>
-  <Profile>
-    <Name>Old Accounts</Name><DataSet>Accounts</DataSet><AcctViewType>1</AcctViewType>
-    <FilterType>0</FilterType><SQL/>
-    <Columns><Column><Name>Last Name</Name></Column></Columns>
-    <SortBy>Last Name</SortBy><SortASCDESC>DESC</SortASCDESC><Tabs>2</Tabs>
-  </Profile>
-</Profiles></Views>
-)";
+// A profile of the "Accounts" data set showing and sorting by one column.
+std::string Profile(const std::string& name, int type, const std::string& column,
+                    const std::string& direction, const std::string& tabs) {
+  return "<Profile><Name>" + name + "</Name><DataSet>Accounts</DataSet><AcctViewType>" +
+         std::to_string(type) + "</AcctViewType><FilterType>0</FilterType><SQL/>" +
+         "<Columns><Column><Name>" + column + "</Name></Column></Columns><SortBy>" + column +
+         "</SortBy><SortASCDESC>" + direction + "</SortASCDESC><Tabs>" + tabs + "</Tabs></Profile>";
+}
+
+}  // namespace
+
+const std::string kDefaults = "<Views><Profiles>" +
+                              Profile("Account Lookup", 0, "Account #", "ASC", "1") +
+                              "</Profiles></Views>";
+const std::string kViews =
+    "<Views><Profiles>" + Profile("My Accounts", 1, "Account #", "ASC", "1") +
+    Profile("Old Accounts", 1, "Last Name", "DESC", "2") + "</Profiles></Views>";
 
 GuiEditor::GuiEditor(Prompts prompts, std::string executable)
     : env{host,
@@ -83,18 +75,21 @@ GuiEditor::~GuiEditor() {
   ed.reset();
 }
 
-void GuiEditor::Open(const std::string& views, const std::string& defaults,
-                     const std::string& setup) {
-  dir.Write("views.xml", views);
-  dir.Write("defs.xml", defaults);
-  dir.Write("setup.xml", setup);
+void GuiEditor::Load() {
+  dir.Write("views.xml", kViews);
+  dir.Write("defs.xml", kDefaults);
+  dir.Write("setup.xml", kSetup);
   ed->SetReportMode(0);
   ed->LoadFiles("views.xml", "defs.xml", "setup.xml");
+}
+
+void GuiEditor::Open(const char* profile) {
+  Load();
   ed->Show();
   window = std::make_unique<gui::EditorWindow>(*ed);
   window->show();
-  QApplication::setActiveWindow(window.get());
-  QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+  window->activateWindow();
+  QVERIFY(QTest::qWaitForWindowActive(window.get()));
   filters = window->filterList();
   // The window's item models are checked all along the session.
   for (const char* name : {"tvwViews", "lstFilters", "lstvwTabs"}) {
@@ -102,6 +97,7 @@ void GuiEditor::Open(const std::string& views, const std::string& defaults,
         Find<QTreeView>(name)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest));
   }
   Settle();
+  if (profile) ClickNode(profile);
 }
 
 void GuiEditor::Settle() const {
@@ -142,24 +138,16 @@ void GuiEditor::ClickCheck(const char* name) {
   Settle();
 }
 
+void GuiEditor::Press(QWidget* on, Qt::Key key, Qt::KeyboardModifiers modifiers) {
+  QTest::keyClick(on, key, modifiers);
+  Settle();
+}
+
 void GuiEditor::ClickButton(const char* name) {
   auto* button = Find<QPushButton>(name);
   QVERIFY2(button, name);
   QTest::mouseClick(button, Qt::LeftButton);
   Settle();
-}
-
-void AnswerNextMessageBox(std::function<void(QMessageBox*)> answer) {
-  auto* poll = new QTimer;
-  poll->setInterval(10);
-  QObject::connect(poll, &QTimer::timeout, [poll, answer] {
-    auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    if (!box || !box->isVisible()) return;
-    poll->stop();
-    poll->deleteLater();
-    answer(box);
-  });
-  poll->start();
 }
 
 }  // namespace cvve::guitest

@@ -3,9 +3,8 @@
 // either a recording prompter (answers queued beforehand) or the Qt one, and
 // helpers that click and type the way a user does.
 #include <QAbstractItemModelTester>
-#include <QComboBox>
-#include <QMessageBox>
-#include <QPoint>
+#include <QApplication>
+#include <QTimer>
 #include <QTreeView>
 #include <functional>
 #include <memory>
@@ -27,22 +26,23 @@ namespace cvve::guitest {
 // with columns "Account #", "Balance", "Last Name" and the filters
 // 1 "Active accounts" (no value), 2 "Balance" (one value, default 0),
 // 3 "Next payment due" (two values); tabs 1 "General", 2 "Payments".
+// Defaults: the system profile "Account Lookup" in folder 0. Views: the user
+// profiles "My Accounts" and "Old Accounts" in folder 1.
 extern const char* const kSetup;
-// Defaults: the system profile "Account Lookup" in folder 0.
-extern const char* const kDefaults;
-// Views: the user profiles "My Accounts" and "Old Accounts" in folder 1.
-extern const char* const kViews;
+extern const std::string kDefaults;
+extern const std::string kViews;
 
 struct GuiEditor {
   enum class Prompts { kRecorded, kQt };
   explicit GuiEditor(Prompts prompts = Prompts::kRecorded, std::string executable = "viewedit");
   ~GuiEditor();
 
-  // Writes the file set, runs LoadFiles in view mode and shows the window.
-  void Open(const std::string& views = kViews, const std::string& defaults = kDefaults,
-            const std::string& setup = kSetup);
+  // Writes the file set and runs LoadFiles in view mode.
+  void Load();
+  // Load, then shows the window, puts testers on its item models and
+  // clicks `profile` when one is given.
+  void Open(const char* profile = nullptr);
 
-  frmAcctViewEdit& operator*() { return *ed; }
   frmAcctViewEdit* operator->() { return ed.get(); }
   template <class W>
   W* Find(const char* name) const {
@@ -52,11 +52,12 @@ struct GuiEditor {
   // User actions, each followed by the queued work they start.
   void ClickNode(const std::string& text);
   void ClickNodeKey(const std::string& key);
-  // Clicks a cell of lstFilters (1-based row as the model counts, 0-based column).
+  // A cell of lstFilters: 1-based row as the model counts, 0-based column.
   void ClickFilterCell(int row, int column);
   QRect FilterCellRect(int row, int column) const;  // in the viewport
   void ClickButton(const char* name);
   void ClickCheck(const char* name);
+  void Press(QWidget* on, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
   void Settle() const;
   std::string ViewsFileText() const { return dir.Read("views.xml"); }
 
@@ -72,8 +73,20 @@ struct GuiEditor {
   std::vector<std::unique_ptr<QAbstractItemModelTester>> testers;
 };
 
-// Waits (in the event loop) for the next modal QMessageBox and hands it to
-// `answer`, which clicks one of its buttons.
-void AnswerNextMessageBox(std::function<void(QMessageBox*)> answer);
+// Waits in the event loop for the next visible modal W (a QMessageBox, a
+// QInputDialog) and hands it to `answer`, which closes it.
+template <class W>
+void AnswerNext(std::function<void(W*)> answer) {
+  auto* poll = new QTimer;
+  poll->setInterval(10);
+  QObject::connect(poll, &QTimer::timeout, [poll, answer] {
+    auto* box = qobject_cast<W*>(QApplication::activeModalWidget());
+    if (!box || !box->isVisible()) return;
+    poll->stop();
+    poll->deleteLater();
+    answer(box);
+  });
+  poll->start();
+}
 
 }  // namespace cvve::guitest

@@ -3,9 +3,12 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <memory>
+#include <pugixml.hpp>
+#include <sstream>
 #include <stdexcept>
 
 #include "reportengine/demo_database.h"
@@ -14,28 +17,8 @@ namespace cvve::reportengine::testing {
 
 namespace {
 
-std::string Escape(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      default:
-        out += c;
-    }
-  }
-  return out;
-}
-
-std::string Element(const std::string& name, const std::string& value) {
-  return "<" + name + ">" + Escape(value) + "</" + name + ">";
+void Add(pugi::xml_node parent, const char* name, const std::string& value) {
+  parent.append_child(name).text().set(value.c_str());
 }
 
 }  // namespace
@@ -71,34 +54,90 @@ std::string TempFolder::Write(const std::string& name, const std::string& text) 
 }
 
 std::string CvrXml(const CvrSpec& spec) {
-  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<CustomReport version=\"1\">\n";
-  xml += Element("Name", spec.name) + Element("DataSet", "Test") +
-         Element("Statement", spec.statement) + Element("Grouped", spec.grouped ? "1" : "0");
+  pugi::xml_document doc;
+  pugi::xml_node root = doc.append_child("CustomReport");
+  root.append_attribute("version") = "1";
+  Add(root, "Name", spec.name);
+  Add(root, "DataSet", "Test");
+  Add(root, "Statement", spec.statement);
+  Add(root, "Grouped", spec.grouped ? "1" : "0");
   if (spec.grouped) {
-    xml += Element("GroupReportField", spec.group_report_field) +
-           Element("GroupFormat", spec.group_format) + Element("GroupTitle", spec.group_title) +
-           Element("GroupStatement", spec.group_statement);
+    Add(root, "GroupReportField", spec.group_report_field);
+    Add(root, "GroupFormat", "String");
+    Add(root, "GroupTitle", spec.group_title);
+    Add(root, "GroupStatement", spec.group_statement);
   }
-  xml += "<Columns>";
+  pugi::xml_node columns = root.append_child("Columns");
   for (const ColumnSpec& c : spec.columns) {
-    xml += "<Column>" + Element("Title", c.title) + Element("Field", c.field) +
-           Element("ReportField", "INV_INFO." + c.title) + Element("Alignment", c.alignment) +
-           Element("Format", c.format) + Element("Width", std::to_string(c.width)) + "</Column>";
+    pugi::xml_node column = columns.append_child("Column");
+    for (const auto& [name, value] : {std::pair<const char*, std::string>{"Title", c.title},
+                                      {"Field", c.field},
+                                      {"ReportField", "INV_INFO." + c.title},
+                                      {"Alignment", c.alignment},
+                                      {"Format", c.format},
+                                      {"Width", std::to_string(c.width)}}) {
+      Add(column, name, value);
+    }
   }
-  xml += "</Columns><Variables>";
+  pugi::xml_node variables = root.append_child("Variables");
   for (const auto& [name, type] : spec.variables) {
-    xml += "<Variable>" + Element("Name", name) + Element("Caption", name + ":") +
-           Element("Type", type) + "</Variable>";
+    pugi::xml_node variable = variables.append_child("Variable");
+    Add(variable, "Name", name);
+    Add(variable, "Caption", name + ":");
+    Add(variable, "Type", type);
   }
-  xml += "</Variables>";
-  xml += Element("Totals", spec.totals ? "1" : "0") +
-         Element("Averages", spec.averages ? "1" : "0") +
-         Element("LineCount", spec.line_count ? "1" : "0") +
-         Element("PageSize", std::to_string(spec.page_size)) +
-         Element("PageOrientation", std::to_string(spec.orientation)) +
-         Element("MultiLine", spec.multi_line ? "1" : "0");
-  xml += "\n</CustomReport>\n";
-  return xml;
+  for (const auto& [name, on] : {std::pair{"Totals", spec.totals},
+                                 {"Averages", spec.averages},
+                                 {"LineCount", spec.line_count},
+                                 {"MultiLine", spec.multi_line}}) {
+    Add(root, name, on ? "1" : "0");
+  }
+  Add(root, "PageSize", std::to_string(spec.page_size));
+  Add(root, "PageOrientation", std::to_string(spec.orientation));
+  std::ostringstream xml;
+  doc.save(xml);
+  return xml.str();
+}
+
+ReportDefinition Define(const TempFolder& folder, const CvrSpec& spec) {
+  return LoadReportDefinition(folder.Write(spec.name + ".cvr", CvrXml(spec)));
+}
+
+CvrSpec AllAccounts() {
+  CvrSpec spec;
+  spec.name = "All Accounts";
+  spec.statement =
+      R"("CQ:SELECT ACCTS.AcctNum,CUST_INFO.LastName,ACCTS.Balance,ACCTS.DaysLate,ACCTS.Next_Pmt_Due )"
+      R"(FROM ACCTS INNER JOIN CUST_INFO ON CUST_INFO.CustID=ACCTS.CustID WHERE %USERWHERE% )"
+      R"(ORDER BY ACCTS.AcctNum ASC")";
+  spec.columns = {{"Line", "$LINE", "String", "Left", 600},
+                  {"Account", "ACCTS.AcctNum", "String", "Left", 1200},
+                  {"Name", "CUST_INFO.LastName", "String", "Left", 2000},
+                  {"Notes", "$BLANK", "String", "Left", 1500},
+                  {"Balance", "ACCTS.Balance", "Currency", "Right", 1500},
+                  {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1000},
+                  {"Next Due", "ACCTS.Next_Pmt_Due", "Date", "Left", 1300}};
+  spec.totals = spec.averages = spec.line_count = true;
+  return spec;
+}
+
+CvrSpec ActiveByCollector(const std::string& and_where) {
+  CvrSpec spec;
+  spec.name = "Active By Collector";
+  spec.grouped = true;
+  spec.group_report_field = "INV_INFO.Collector";
+  spec.group_title = "Collector";
+  spec.group_statement =
+      "\"CQ:SELECT DISTINCT Collector FROM ACCTS WHERE Status='A'" + and_where + " ORDER BY 1\"";
+  spec.statement = "\"CQ:SELECT AcctNum, OpenDate, DaysLate, Balance FROM ACCTS WHERE Status='A'" +
+                   and_where +
+                   " AND Collector='\" + FXA([INV_INFO.Collector]) + \"' ORDER BY AcctNum\"";
+  spec.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1500},
+                  {"Opened", "ACCTS.OpenDate", "Date", "Left", 1500},
+                  {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1200},
+                  {"Balance", "ACCTS.Balance", "Currency", "Right", 1800}};
+  spec.totals = spec.averages = spec.line_count = true;
+  return spec;
 }
 
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql) {
@@ -146,13 +185,21 @@ bool HaveTool(const std::string& name) {
 }
 
 std::string Grouped(const std::string& plain) {
-  const bool negative = !plain.empty() && plain[0] == '-';
-  std::string digits = negative ? plain.substr(1) : plain;
-  const std::size_t point = digits.find('.');
-  std::string whole = digits.substr(0, point);
-  const std::string rest = point == std::string::npos ? "" : digits.substr(point);
+  const std::size_t digits = plain.find_first_of("0123456789");
+  std::string whole = plain.substr(digits, plain.find('.') - digits);
   for (int i = static_cast<int>(whole.size()) - 3; i > 0; i -= 3) whole.insert(i, ",");
-  return (negative ? "-" : "") + whole + rest;
+  const std::size_t point = plain.find('.');
+  return plain.substr(0, digits) + whole + (point == std::string::npos ? "" : plain.substr(point));
+}
+
+std::string Money(const std::string& plain) {
+  return plain[0] == '-' ? "-$" + Grouped(plain.substr(1)) : "$" + Grouped(plain);
+}
+
+std::string Cents(long double value) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.2f", static_cast<double>(std::round(value * 100) / 100));
+  return buffer;
 }
 
 }  // namespace cvve::reportengine::testing

@@ -36,13 +36,24 @@ struct CvrSpec {
   std::string name = "Test Report";
   std::string statement;
   bool grouped = false;
-  std::string group_report_field, group_format = "String", group_title, group_statement;
+  std::string group_report_field, group_title, group_statement;
   std::vector<ColumnSpec> columns;
   std::vector<std::pair<std::string, std::string>> variables;  // name, type
   bool totals = false, averages = false, line_count = false, multi_line = false;
   int page_size = 0, orientation = 0;
 };
 std::string CvrXml(const CvrSpec& spec);
+// Writes the spec as "<name>.cvr" into `folder` and loads it.
+ReportDefinition Define(const TempFolder& folder, const CvrSpec& spec);
+
+// Every account, ungrouped, with totals, averages and line numbers: Line
+// ($LINE), Account, Name (text), Notes ($BLANK), Balance (currency), Days Late
+// (integer), Next Due (date). Its statement has %USERWHERE%.
+CvrSpec AllAccounts();
+// Active accounts grouped by collector, with totals, averages and counts:
+// Account (text), Opened (date), Days Late (integer), Balance (currency).
+// `and_where` narrows both the groups and the rows (it may use $variables).
+CvrSpec ActiveByCollector(const std::string& and_where = "");
 
 // The rows of a query on an SQLite file, each column as text ("" for NULL).
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql);
@@ -54,7 +65,11 @@ std::string SqlValue(const std::string& db, const std::string& sql);
 int RunCommand(const std::string& command, std::string* output = nullptr);
 bool HaveTool(const std::string& name);
 
-// "1,234,567.89" from "1234567.89" (the test's own grouping of digits).
+// "1,234,567.89" from "1234567.89", and "-$1,234.50" from "-1234.50": the
+// test's own grouping of digits.
 std::string Grouped(const std::string& plain);
+std::string Money(const std::string& plain);
+// A sum or an average to the cent, "%.2f" as SQL's printf gives it.
+std::string Cents(long double value);
 
 }  // namespace cvve::reportengine::testing

@@ -2,69 +2,24 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include <functional>
 
-#include "test_support.h"
-#include "viewfiles/setup_file.h"
+#include "fixtures.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
 
-using testing::HeadlessEditor;
-using Names = std::vector<std::string>;
-
-const char* kSetup = R"(<ViewSetup>
-  <DataSets>
-    <DataSet>
-      <Name>Accounts</Name>
-      <SQL>SELECT %FIELDLIST% FROM ACCTS</SQL>
-      <Columns>
-        <Column><Name>Account</Name><SortField>ACCTS.AcctNum</SortField></Column>
-        <Column><Name>Name</Name><SortField>CUST_INFO.Name</SortField></Column>
-        <Column><Name>Balance</Name><SortField>ACCTS.Balance</SortField></Column>
-        <Column><Name>Due</Name><SortField>$DUE_DATE</SortField></Column>
-      </Columns>
-      <Filters>
-        <Filter><Name>Status</Name><Index>1</Index><InputNum>1</InputNum><SQL>S='%DATA1%'</SQL><Group>1</Group><Defaults>A</Defaults></Filter>
-      </Filters>
-    </DataSet>
-    <DataSet>
-      <Name>Deals</Name>
-      <SQL>SELECT %FIELDLIST% FROM DEAL_INFO</SQL>
-      <Columns><Column><Name>Deal</Name><SortField>DEAL_INFO.DealID</SortField></Column></Columns>
-      <Filters>
-        <Filter><Name>Open</Name><Index>7</Index><InputNum>0</InputNum><SQL>D.Open=1</SQL><Group>0</Group></Filter>
-        <Filter><Name>Price</Name><Index>8</Index><InputNum>2</InputNum><SQL>D.Price BETWEEN %DATA1% AND %DATA2%</SQL><Group>1</Group><Defaults>1|2</Defaults></Filter>
-      </Filters>
-    </DataSet>
-  </DataSets>
-</ViewSetup>)";
-
-// The editor on the setup file with its first data set chosen and no change pending.
-void Open(HeadlessEditor& h) {
-  ASSERT_TRUE(h->SetupDoc.LoadText(kSetup));
-  LoadDataSets(*h);
-  h->ProfileChanged = false;
-}
-
-void Add(HeadlessEditor& h, const std::string& name) {
-  auto found = h->lstAvailColumns.FindAll(name);
-  ASSERT_FALSE(found.empty()) << name;
-  h->lstAvailColumns.SetListIndex(found.front());
-  h->cmdAddForm.Click();
-}
-
-Names Entries(const ui::ComboBox& combo) {
-  Names names;
-  for (const auto& entry : combo.Entries()) names.push_back(entry.text);
-  return names;
-}
-
-TEST(ColumnSelectionTest, NothingSelectedChangesNothing) {
+// The editor on the shared setup, Accounts chosen and no change pending.
+struct ColumnSelectionTest : ::testing::Test {
+  void SetUp() override {
+    h.Open("", "", kSetup);
+    h->ProfileChanged = false;
+  }
   HeadlessEditor h;
-  Open(h);
-  Add(h, "Account");
+};
+
+TEST_F(ColumnSelectionTest, NothingSelectedChangesNothing) {
+  AddColumn(h, "Account");
   h->ProfileChanged = false;
   h->lstAvailColumns.SetListIndex(-1);
   h->lstUsedColumns.SetListIndex(-1);
@@ -75,96 +30,83 @@ TEST(ColumnSelectionTest, NothingSelectedChangesNothing) {
   h->cmdMove[0].Click();
   h->cmdMove[1].Click();
   EXPECT_EQ(h->lstUsedColumns.Items(), Names{"Account"});
-  EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Name", "Balance", "Due"}));
+  EXPECT_EQ(h->lstAvailColumns.ListCount(), 5);
   EXPECT_FALSE(h->ProfileChanged);
 }
 
-TEST(ColumnSelectionTest, AddMovesTheColumnAndRefillsBothSortDropDowns) {
-  HeadlessEditor h;
-  Open(h);
-  Add(h, "Balance");
+TEST_F(ColumnSelectionTest, AddMovesTheColumnAndRefillsBothSortDropDowns) {
+  AddColumn(h, "Balance");
   EXPECT_TRUE(h->ProfileChanged);
   EXPECT_EQ(h->lstUsedColumns.Items(), Names{"Balance"});
-  EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Account", "Name", "Due"}));
+  EXPECT_EQ(h->lstAvailColumns.Items(),
+            (Names{"Account", "Salesman", "Due Date", "Days Late", "Note"}));
   // An empty remembered text cannot be set back: the first entry stays.
   for (const auto& combo : h->cmbSort) {
     EXPECT_EQ(Entries(combo), Names{"Balance"});
     EXPECT_EQ(combo.Text(), "Balance");
   }
-
   // A double click adds as the button does; remembered texts come back.
   h->cmbSort[1].SetListIndex(-1);
-  h->lstAvailColumns.SetListIndex(h->lstAvailColumns.FindAll("Due").front());
+  h->lstAvailColumns.SetListIndex(h->lstAvailColumns.FindAll("Due Date").front());
   h->lstAvailColumns.on_dbl_click();
-  h->cmbSort[1].SetText("Due");
-  Add(h, "Account");
-  EXPECT_EQ(h->lstUsedColumns.Items(), (Names{"Balance", "Due", "Account"}));
-  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Balance", "Due", "Account"}));
-  EXPECT_EQ(Entries(h->cmbSort[1]), (Names{"Balance", "Due", "Account"}));
+  h->cmbSort[1].SetText("Due Date");
+  AddColumn(h, "Account");
+  EXPECT_EQ(h->lstUsedColumns.Items(), (Names{"Balance", "Due Date", "Account"}));
+  for (const auto& combo : h->cmbSort) {
+    EXPECT_EQ(Entries(combo), (Names{"Balance", "Due Date", "Account"}));
+  }
   EXPECT_EQ(h->cmbSort[0].Text(), "Balance");
-  EXPECT_EQ(h->cmbSort[1].Text(), "Due");
+  EXPECT_EQ(h->cmbSort[1].Text(), "Due Date");
 }
 
-TEST(ColumnSelectionTest, RemoveLeavesTheSortDropDownsUntilTheNextAdd) {
-  HeadlessEditor h;
-  Open(h);
-  Add(h, "Account");
-  Add(h, "Name");
-  h->cmbSort[0].SetText("Name");
+TEST_F(ColumnSelectionTest, RemovesLeaveTheSortDropDownsUntilTheNextAdd) {
+  AddColumn(h, "Account");
+  AddColumn(h, "Salesman");
+  h->cmbSort[0].SetText("Salesman");
   h->ProfileChanged = false;
-
   h->lstUsedColumns.SetListIndex(1);
   h->lstUsedColumns.on_dbl_click();
   EXPECT_TRUE(h->ProfileChanged);
   EXPECT_EQ(h->lstUsedColumns.Items(), Names{"Account"});
-  EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Balance", "Due", "Name"}));  // appended
+  EXPECT_EQ(h->lstAvailColumns.Items().back(), "Salesman");  // appended
   // Still offered and still chosen, though no longer used.
-  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Account", "Name"}));
-  EXPECT_EQ(h->cmbSort[0].Text(), "Name");
-
+  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Account", "Salesman"}));
+  EXPECT_EQ(h->cmbSort[0].Text(), "Salesman");
   // The next add drops it: its text cannot be set back and the first entry stays.
-  Add(h, "Due");
-  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Account", "Due"}));
+  AddColumn(h, "Due Date");
+  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Account", "Due Date"}));
   EXPECT_EQ(h->cmbSort[0].Text(), "Account");
-}
 
-TEST(ColumnSelectionTest, RemoveAllReturnsColumnsInUsedOrder) {
-  HeadlessEditor h;
-  Open(h);
-  Add(h, "Due");
-  Add(h, "Account");
-  Add(h, "Name");
+  AddColumn(h, "Note");
   h->ProfileChanged = false;
-  h->cmdRemoveAll.Click();
+  h->cmdRemoveAll.Click();  // back in used order, the drop-downs not refilled
   EXPECT_TRUE(h->lstUsedColumns.Items().empty());
-  EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Balance", "Due", "Account", "Name"}));
-  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Due", "Account", "Name"}));  // not refilled
-
+  EXPECT_EQ(h->lstAvailColumns.Items(),
+            (Names{"Balance", "Days Late", "Salesman", "Account", "Due Date", "Note"}));
+  EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Account", "Due Date", "Note"}));
+  EXPECT_TRUE(h->ProfileChanged);
   h->ProfileChanged = false;
   h->cmdRemoveAll.Click();  // on an empty list it only marks the change
-  EXPECT_EQ(h->lstAvailColumns.ListCount(), 4);
+  EXPECT_EQ(h->lstAvailColumns.ListCount(), 6);
   EXPECT_TRUE(h->ProfileChanged);
 }
 
-TEST(ColumnSelectionTest, MovesExchangeNeighboursButNotPastTheEnds) {
-  HeadlessEditor h;
-  Open(h);
-  for (const char* name : {"Account", "Name", "Balance"}) Add(h, name);
-  struct Case {
+TEST_F(ColumnSelectionTest, MovesExchangeNeighboursButNotPastTheEnds) {
+  for (const char* name : {"Account", "Salesman", "Balance"}) AddColumn(h, name);
+  const struct {
     int selected, button;
     Names expected;
     int selected_after;
     bool changed;
+  } cases[] = {
+      {0, 0, {"Account", "Salesman", "Balance"}, 0, false},  // first up
+      {2, 1, {"Account", "Salesman", "Balance"}, 2, false},  // last down
+      {1, 0, {"Salesman", "Account", "Balance"}, 0, true},
+      {0, 1, {"Account", "Salesman", "Balance"}, 1, true},
+      {1, 1, {"Account", "Balance", "Salesman"}, 2, true},
+      {2, 0, {"Account", "Salesman", "Balance"}, 1, true},
   };
-  const std::vector<Case> cases = {
-      {0, 0, {"Account", "Name", "Balance"}, 0, false},  // first up
-      {2, 1, {"Account", "Name", "Balance"}, 2, false},  // last down
-      {1, 0, {"Name", "Account", "Balance"}, 0, true},
-      {0, 1, {"Account", "Name", "Balance"}, 1, true},
-      {1, 1, {"Account", "Balance", "Name"}, 2, true},
-      {2, 0, {"Account", "Name", "Balance"}, 1, true},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     h->lstUsedColumns.SetListIndex(c.selected);
     h->ProfileChanged = false;
     h->cmdMove[c.button].Click();
@@ -174,43 +116,31 @@ TEST(ColumnSelectionTest, MovesExchangeNeighboursButNotPastTheEnds) {
   }
 }
 
-TEST(ColumnSelectionTest, OptionControlsMarkTheProfileChanged) {
-  HeadlessEditor h;
-  Open(h);
-  Add(h, "Account");
-  auto marks = [&](auto&& action) {
-    h->ProfileChanged = false;
-    action();
-    return h->ProfileChanged;
+TEST_F(ColumnSelectionTest, OptionControlsMarkTheProfileChangedButTheDataSetDoesNot) {
+  AddColumn(h, "Account");
+  const std::vector<std::function<void()>> actions = {
+      [&] { h->chkTotals.UserClick(); },
+      [&] { h->chkAverages.UserClick(); },
+      [&] { h->chkShowLineCount.UserClick(); },
+      [&] { h->chkSortGroup.UserClick(); },
+      [&] { h->cmbOrientation.SetListIndex(1); },
+      [&] { h->cmbPageSize.SetListIndex(2); },
+      [&] { h->cmbSortASCDESC[1].SetListIndex(1); },
+      [&] { h->cmbSort[0].SetListIndex(-1); },
+      [&] { h->lstvwTabs.UserCheck(1, true); },
   };
-  EXPECT_TRUE(marks([&] { h->chkTotals.UserClick(); }));
-  EXPECT_TRUE(marks([&] { h->chkAverages.UserClick(); }));
-  EXPECT_TRUE(marks([&] { h->chkShowLineCount.UserClick(); }));
-  EXPECT_TRUE(marks([&] { h->chkSortGroup.UserClick(); }));
-  EXPECT_TRUE(marks([&] { h->cmbOrientation.SetListIndex(1); }));
-  EXPECT_TRUE(marks([&] { h->cmbPageSize.SetListIndex(2); }));
-  EXPECT_TRUE(marks([&] { h->cmbSortASCDESC[1].SetListIndex(1); }));
-  EXPECT_TRUE(marks([&] { h->cmbSort[0].SetListIndex(-1); }));
-  h->lstvwTabs.AddItem(1, "General", "T1");
-  EXPECT_TRUE(marks([&] { h->lstvwTabs.UserCheck(1, true); }));
-}
-
-TEST(ColumnSelectionTest, ChoosingADataSetReloadsColumnsAndFiltersWithoutMarking) {
-  HeadlessEditor h;
-  Open(h);
-  Add(h, "Account");
-  ASSERT_EQ(h->lstFilters.ItemCount(), 1);
+  for (std::size_t i = 0; i < actions.size(); ++i) {
+    h->ProfileChanged = false;
+    actions[i]();
+    EXPECT_TRUE(h->ProfileChanged) << i;
+  }
   h->ProfileChanged = false;
-  h->cmbDataSet.SetText("Deals");
+  h->cmbDataSet.SetText("Inventory");
   EXPECT_FALSE(h->ProfileChanged);
-  EXPECT_EQ(h->lstAvailColumns.Items(), Names{"Deal"});
-  EXPECT_TRUE(h->lstUsedColumns.Items().empty());
-  EXPECT_EQ(h->DataSetSQL, "SELECT %FIELDLIST% FROM DEAL_INFO");
-  ASSERT_EQ(h->lstFilters.ItemCount(), 2);
-  EXPECT_EQ(h->lstFilters.Item(1).key, "7");
-  EXPECT_EQ(h->lstFilters.Item(2).tag, "2|||D.Price BETWEEN %DATA1% AND %DATA2%|1|1|2");
+  EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Stock", "Arrived"}));
+  EXPECT_EQ(h->lstFilters.ItemCount(), 1);
   EXPECT_TRUE(h.Messages().empty());
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

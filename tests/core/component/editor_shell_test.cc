@@ -3,22 +3,12 @@
 #include <filesystem>
 
 #include "cvviewedit/cls_view_edit.h"
-#include "test_support.h"
+#include "fixtures.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
 
-using testing::HeadlessEditor;
-using testing::TempDir;
-
-const char* kViews =
-    "<Views><Profiles><Profile><Name>Mine</Name><DataSet>Accounts</DataSet>"
-    "<AcctViewType>0</AcctViewType></Profile></Profiles></Views>";
-const char* kSetup =
-    "<ViewSetup><RootNodes><Root><Index>0</Index><Name>All</Name></Root></RootNodes>"
-    "<DataSets><DataSet><Name>Accounts</Name><SQL>SELECT %FIELDLIST% FROM ACCTS</SQL>"
-    "<Columns><Column><Name>Account</Name><SortField>ACCTS.AcctNum</SortField></Column>"
-    "</Columns><Filters/></DataSet></DataSets></ViewSetup>";
+namespace fs = std::filesystem;
 
 TEST(LoadFilesTest, PathsFollowTheMode) {
   HeadlessEditor h;
@@ -37,9 +27,8 @@ TEST(LoadFilesTest, PathsFollowTheMode) {
 }
 
 TEST(LoadFilesTest, ExtensionRulesDecideWhatLoads) {
-  struct Case {
-    const char* views_name;
-    const char* setup_name;
+  const struct {
+    const char *views_name, *setup_name;
     bool views_loaded, setup_loaded;
   } cases[] = {
       {"ACCTVIEWS.XML", "setup.xml", true, true},
@@ -49,32 +38,27 @@ TEST(LoadFilesTest, ExtensionRulesDecideWhatLoads) {
   };
   for (const auto& c : cases) {
     HeadlessEditor h;
-    if (std::string(c.views_name).rfind("missing", 0) != 0) h.dir.Write(c.views_name, kViews);
-    if (std::string(c.setup_name).rfind("missing", 0) != 0) h.dir.Write(c.setup_name, kSetup);
+    if (std::string(c.views_name) != "missing.xml") h.dir.Write(c.views_name, kViews);
+    if (std::string(c.setup_name) != "missing.xml") h.dir.Write(c.setup_name, kSetup);
     h->SetReportMode(0);
     h->LoadFiles(c.views_name, "defs.xml", c.setup_name);
     EXPECT_EQ(static_cast<bool>(h->ViewsDoc.Root()), c.views_loaded) << c.views_name;
     EXPECT_EQ(static_cast<bool>(h->SetupDoc.Root()), c.setup_loaded) << c.setup_name;
     EXPECT_FALSE(h->ProfileChanged);
   }
-}
-
-TEST(LoadFilesTest, EachCallStartsFromEmptyDocuments) {
+  // Each call starts from empty documents.
   HeadlessEditor h;
-  h.Open(kViews, "", kSetup);
-  ASSERT_TRUE(h->ViewsDoc.Root());
-  std::filesystem::remove(h.dir.Path() / "views.xml");
+  h.Open(kViews, kDefaults, kSetup);
+  fs::remove(h.dir.Path() / "views.xml");
+  fs::remove(h.dir.Path() / "defs.xml");
   h->LoadFiles("views.xml", "defs.xml", "setup.xml");
-  EXPECT_FALSE(h->ViewsDoc.Root());
-  EXPECT_FALSE(h->DefaultsDoc.Root());
+  EXPECT_FALSE(h->ViewsDoc.Root() || h->DefaultsDoc.Root());
 }
 
-TEST(LoadFilesTest, DataColumnsAndThePainterRule) {
+TEST(LoadFilesTest, CellPainterUnlessTheProgramIsCalledViewEdit) {
   HeadlessEditor h;
   h.Open("", "", kSetup);
-  EXPECT_EQ(h->Data1Column, 3);
-  EXPECT_EQ(h->Data2Column, 5);
-  EXPECT_TRUE(h->cell_painter_installed);  // the program is not called "ViewEdit"
+  EXPECT_TRUE(h->cell_painter_installed);
   h->Form_Unload();
   EXPECT_FALSE(h->cell_painter_installed);
   h.host.executable_name = "ViewEdit";
@@ -85,69 +69,59 @@ TEST(LoadFilesTest, DataColumnsAndThePainterRule) {
   EXPECT_TRUE(h->cell_painter_installed);
 }
 
-TEST(EditorCloseTest, OkAsksWritesAndCloses) {
-  {
-    HeadlessEditor h;
-    h.Open(kViews, "", kSetup);
-    h->Show();
-    h->ProfileChanged = true;
-    h.prompter.QueueAnswer(ui::Answer::kCancel);
-    h->cmdOK.Click();
-    EXPECT_TRUE(h->Visible());  // Cancel keeps the editor open
-    EXPECT_TRUE(h->ProfileChanged);
-    EXPECT_EQ(h.LastMessage(),
-              "You have made changes to the current profile.  Would you like to save these "
-              "changes?");
-    EXPECT_FALSE(std::filesystem::exists(h.dir.Path() / "views.xml.bak"));
-    h.prompter.QueueAnswer(ui::Answer::kNo);
-    h->cmdOK.Click();
-    EXPECT_FALSE(h->Visible());
-    EXPECT_FALSE(h->ProfileChanged);
-    // View mode writes the views document, keeping the old file as .bak.
-    EXPECT_TRUE(std::filesystem::exists(h.dir.Path() / "views.xml.bak"));
-  }
-  {
-    HeadlessEditor h;
-    h.Open(kViews, "", kSetup);
-    h->Show();
-    h->cmdCancel.Click();
-    EXPECT_FALSE(h->Visible());
-    EXPECT_FALSE(std::filesystem::exists(h.dir.Path() / "views.xml.bak"));
-  }
-}
-
-TEST(EditorCloseTest, ReportModeOkWritesNothing) {
+TEST(EditorCloseTest, OkAsksWritesAndClosesCancelWritesNothing) {
   HeadlessEditor h;
-  h.dir.Write("reportsetup.xml", kSetup);
-  h->SetReportMode(-1);
-  h->LoadFiles((h.dir.Path() / "Custom Reports").string() + "/", "", "reportsetup.xml");
+  h.Open(kViews, "", kSetup);
   h->Show();
+  h->ProfileChanged = true;
+  h.prompter.QueueAnswer(ui::Answer::kCancel);
+  h->cmdOK.Click();
+  EXPECT_TRUE(h->Visible());  // Cancel keeps the editor open
+  EXPECT_TRUE(h->ProfileChanged);
+  EXPECT_FALSE(fs::exists(h.dir.Path() / "views.xml.bak"));
+  h.prompter.QueueAnswer(ui::Answer::kNo);
   h->cmdOK.Click();
   EXPECT_FALSE(h->Visible());
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(h.dir.Path()),
-                          std::filesystem::directory_iterator()),
-            1);
-}
+  EXPECT_FALSE(h->ProfileChanged);
+  // View mode writes the views document, keeping the old file as .bak.
+  EXPECT_EQ(h.dir.Read("views.xml.bak"), kViews);
 
-// The entry methods, seen from the editor while it is shown.
-struct Seen {
-  std::int16_t mode = 99;
-  std::string views, defaults, setup;
-};
+  HeadlessEditor cancelled;
+  cancelled.Open(kViews, "", kSetup);
+  cancelled->Show();
+  cancelled->ProfileChanged = true;
+  cancelled->cmdCancel.Click();
+  EXPECT_FALSE(cancelled->Visible());
+  EXPECT_TRUE(cancelled.Messages().empty());
+  EXPECT_EQ(FilesIn(cancelled.dir.Path().string()),
+            (std::vector<std::string>{"setup.xml", "views.xml"}));
+
+  HeadlessEditor report;  // report mode: OK writes nothing
+  OpenReports(report, {});
+  report->Show();
+  report->cmdOK.Click();
+  EXPECT_FALSE(report->Visible());
+  EXPECT_EQ(FilesIn(report.dir.Path().string()),
+            (std::vector<std::string>{"Custom Reports", "reportsetup.xml"}));
+  EXPECT_TRUE(FilesIn(ReportsFolder(report)).empty());
+}
 
 TEST(EntryMethodsTest, EachChoosesItsFileSetAndMode) {
   HeadlessEditor h;
   for (const char* name : {"acctviews.xml", "v_invviews.xml", "eodviews.xml"}) {
     h.dir.Write(name, kViews);
   }
-  Seen seen;
+  struct Seen {
+    std::int16_t mode = 99;
+    std::string views, defaults, setup;
+  } seen;
   h.dialogs.SetDriver([&](ui::Form& form) {
     auto& ed = static_cast<frmAcctViewEdit&>(form);
     seen = {ed.ReportMode(), ed.ViewsPath, ed.DefaultsPath, ed.SetupPath};
   });
   clsViewEdit component(h.env);
   const std::string f = h.host.view_files_folder;
-  struct Case {
+  const struct {
     void (clsViewEdit::*entry)();
     std::string views, defaults, setup;
   } cases[] = {
@@ -158,9 +132,8 @@ TEST(EntryMethodsTest, EachChoosesItsFileSetAndMode) {
   for (const auto& c : cases) {
     (component.*c.entry)();
     EXPECT_EQ(seen.mode, 0);
-    EXPECT_EQ(seen.views, f + c.views);
-    EXPECT_EQ(seen.defaults, f + c.defaults);
-    EXPECT_EQ(seen.setup, f + c.setup);
+    EXPECT_EQ(seen.views + "|" + seen.defaults + "|" + seen.setup,
+              f + c.views + "|" + f + c.defaults + "|" + f + c.setup);
     ASSERT_NE(component.Editor(), nullptr);
     EXPECT_FALSE(component.Editor()->Visible());  // the call returned: closed
   }
@@ -168,10 +141,10 @@ TEST(EntryMethodsTest, EachChoosesItsFileSetAndMode) {
   EXPECT_NE(seen.mode, 0);
   EXPECT_EQ(seen.views, h.host.reports_base_folder + "/Custom Reports/");
   EXPECT_EQ(seen.setup, f + "/reportsetup.xml");
-  EXPECT_TRUE(std::filesystem::is_directory(h.dir.Path() / "Custom Reports"));
+  EXPECT_TRUE(fs::is_directory(h.dir.Path() / "Custom Reports"));
   component.ReportEdit();  // the folder exists already: no message, no failure
-  for (const auto& m : h.Messages()) EXPECT_EQ(m.find("Custom Reports"), std::string::npos);
+  EXPECT_TRUE(h.Messages().empty());
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

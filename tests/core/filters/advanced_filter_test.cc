@@ -2,42 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "base/error.h"
-#include "base/text.h"
-#include "columns/column_selection.h"
 #include "filters/frm_acct_view_advanced.h"
+#include "fixtures.h"
 #include "query/sql_builder.h"
-#include "test_support.h"
-#include "viewfiles/setup_file.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
-
-const char* kSetup = R"(<ViewSetup>
-  <DataSets>
-    <DataSet>
-      <Name>Accounts</Name>
-      <SQL>SELECT %FIELDLIST% FROM ACCTS WHERE 1=1%ANDWHERELIST%%ORDERLIST%</SQL>
-      <Columns><Column><Name>Account</Name><SortField>ACCTS.AcctNum</SortField></Column></Columns>
-      <Filters>
-        <Filter><Name>Status</Name><Index>1</Index><InputNum>1</InputNum><SQL>S='%DATA1%'</SQL><Group>1</Group><Defaults>A</Defaults></Filter>
-        <Filter><Name>Balance</Name><Index>2</Index><InputNum>1</InputNum><SQL>B LESSTHAN %DATA1%</SQL><Group>2</Group><Defaults>50</Defaults></Filter>
-        <Filter><Name>Dealer</Name><Index>3</Index><InputNum>0</InputNum><SQL>D=1</SQL><Group>2</Group></Filter>
-      </Filters>
-    </DataSet>
-  </DataSets>
-</ViewSetup>)";
 
 struct AdvancedFilterTest : ::testing::Test {
   void SetUp() override {
-    ASSERT_TRUE(h->SetupDoc.LoadText(kSetup));
-    LoadDataSets(*h);
-    h->lstAvailColumns.SetListIndex(0);
-    cmdAddForm_Click(*h);
+    h.Open("", "", kSetup);
+    AddColumn(h, "Account");
     h->cmbSortASCDESC[0].SetText("ASC");
     h->cmbSort[1].SetListIndex(-1);
     h->ProfileChanged = false;
@@ -45,73 +21,66 @@ struct AdvancedFilterTest : ::testing::Test {
   HeadlessEditor h;
 };
 
-TEST_F(AdvancedFilterTest, EnteringAdvancedModeTakesTheEasyFilterStatement) {
+TEST_F(AdvancedFilterTest, EachSwitchToAdvancedModeTakesTheEasyFilterStatement) {
   for (int row = 1; row <= 3; ++row) h->lstFilters.SetChecked(row, true);
   h->optFilter.SetValue(1);
   EXPECT_EQ(h->DataSetSQL,
-            "CQ:SELECT ACCTS.AcctNum FROM ACCTS WHERE 1=1 AND (S='A') AND (B < 50 OR D=1) "
-            "ORDER BY ACCTS.AcctNum ASC");
+            "CQ:SELECT ACCTS.AcctNum FROM ACCTS WHERE (ACCTS.Active=1) AND (ACCTS.Status='A') AND "
+            "(ACCTS.Due BETWEEN '01/01/2020' AND '12/31/2020')   ORDER BY ACCTS.AcctNum ASC");
   EXPECT_FALSE(h->lstFilters.Enabled());
   EXPECT_TRUE(h->cmdAdvancedFilter.Enabled());
   EXPECT_TRUE(h->ProfileChanged);
-  // Now in force: the view statement is the text as it stands.
-  EXPECT_EQ(BuildViewSQL(*h, false), "CQ:" + h->DataSetSQL);
+  EXPECT_EQ(BuildViewSQL(*h, false), "CQ:" + h->DataSetSQL);  // now the text is in force
 
   // Each click on the option overwrites the hand-written text.
   h->DataSetSQL = "SELECT mine";
   h->lstFilters.SetChecked(1, false);
+  h->lstFilters.SetChecked(2, false);
   h->optFilter.SetValue(1);
-  EXPECT_EQ(h->DataSetSQL,
-            "CQ:SELECT ACCTS.AcctNum FROM ACCTS WHERE 1=1 AND (B < 50 OR D=1) "
-            "ORDER BY ACCTS.AcctNum ASC");
+  const std::string built =
+      "CQ:SELECT ACCTS.AcctNum FROM ACCTS WHERE (ACCTS.Active=1)   ORDER BY ACCTS.AcctNum ASC";
+  EXPECT_EQ(h->DataSetSQL, built);
 
   // Back to the easy filter: list on, button off, text kept.
   h->ProfileChanged = false;
   h->optFilter.SetValue(0);
   EXPECT_TRUE(h->lstFilters.Enabled());
   EXPECT_FALSE(h->cmdAdvancedFilter.Enabled());
-  EXPECT_TRUE(StartsWith(h->DataSetSQL, "CQ:SELECT ACCTS.AcctNum FROM ACCTS WHERE 1=1 AND (B"));
+  EXPECT_EQ(h->DataSetSQL, built);
   EXPECT_TRUE(h->ProfileChanged);
-}
 
-TEST_F(AdvancedFilterTest, ModeChangeFailureReachesTheCaller) {
+  // A statement that cannot be built: the failure reaches the caller.
   h->lstFilters.SetTag(1, "1|||S|200|");
   h->lstFilters.SetChecked(1, true);
   h->DataSetSQL = "kept";
+  h->ProfileChanged = false;
   EXPECT_THROW(h->optFilter.SetValue(1), Error);
   EXPECT_EQ(h->DataSetSQL, "kept");
-  EXPECT_FALSE(h->lstFilters.Enabled());
   EXPECT_FALSE(h->ProfileChanged);
 }
 
 TEST_F(AdvancedFilterTest, EditStripsTheMarkBothWaysAndAlwaysMarksTheChange) {
-  h->DataSetSQL = "CQ:SELECT a FROM b WHERE x='CQ:'";
-  std::string shown;
+  std::string shown, typed;
   int opened = 0;
   h.dialogs.SetDriver([&](ui::Form& form) {
     auto& dialog = dynamic_cast<frmAcctViewAdvanced&>(form);
-    ASSERT_EQ(&dialog, h->advanced_dialog.get());
+    EXPECT_EQ(&dialog, h->advanced_dialog.get());
     ++opened;
     shown = dialog.txtSQL.Text();
+    if (!typed.empty()) dialog.txtSQL.SetText(typed);
     dialog.cmdClose.Click();
   });
   h->optFilter.SetValue(1);
   h->DataSetSQL = "CQ:SELECT a FROM b WHERE x='CQ:'";
   h->ProfileChanged = false;
-  h->cmdAdvancedFilter.Click();
+  h->cmdAdvancedFilter.Click();  // Close without typing
   EXPECT_EQ(opened, 1);
   EXPECT_EQ(shown, "SELECT a FROM b WHERE x=''");
   EXPECT_EQ(h->DataSetSQL, "SELECT a FROM b WHERE x=''");
   EXPECT_TRUE(h->ProfileChanged);
   EXPECT_EQ(h->advanced_dialog, nullptr);
 
-  // Typed text comes back without the mark; the next edit starts afresh.
-  h.dialogs.SetDriver([&](ui::Form& form) {
-    auto& dialog = dynamic_cast<frmAcctViewAdvanced&>(form);
-    shown = dialog.txtSQL.Text();
-    dialog.txtSQL.SetText("CQ:SELECT typed CQ:here");
-    dialog.cmdClose.Click();
-  });
+  typed = "CQ:SELECT typed CQ:here";  // typed text comes back without the mark
   h->cmdAdvancedFilter.Click();
   EXPECT_EQ(shown, "SELECT a FROM b WHERE x=''");
   EXPECT_EQ(h->DataSetSQL, "SELECT typed here");
@@ -129,4 +98,4 @@ TEST_F(AdvancedFilterTest, EditStripsTheMarkBothWaysAndAlwaysMarksTheChange) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -8,11 +8,8 @@
 #include "base/text.h"
 #include "fixtures.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
-using testing::kSetup;
 
 struct Row {
   std::string text, key;
@@ -28,17 +25,18 @@ void ExpectRows(const ui::ListView& list, const std::vector<Row>& rows) {
     EXPECT_EQ(list.Item(i).text, r.text);
     EXPECT_EQ(list.Item(i).key, r.key);
     EXPECT_EQ(list.Item(i).checked, r.checked);
-    EXPECT_EQ((std::vector<std::string>{list.SubItem(i, 1), list.SubItem(i, 2),
-                                        list.SubItem(i, 3), list.SubItem(i, 4)}),
+    EXPECT_EQ((std::vector<std::string>{list.SubItem(i, 1), list.SubItem(i, 2), list.SubItem(i, 3),
+                                        list.SubItem(i, 4)}),
               (std::vector<std::string>{r.param1, r.data1, r.param2, r.data2}));
   }
 }
 
 // A user profile "P" on Accounts with the given FilterChecks.
 std::string ViewsWithChecks(const std::string& checks) {
-  return "<Views><Profiles><Profile><Name>P</Name><DataSet>Accounts</DataSet>"
-         "<AcctViewType>0</AcctViewType><FilterType>0</FilterType><FilterChecks>" +
-         checks + "</FilterChecks></Profile></Profiles></Views>";
+  return ViewsFile({{"P",
+                     "<DataSet>Accounts</DataSet><AcctViewType>0</AcctViewType><FilterType>0"
+                     "</FilterType><FilterChecks>" +
+                         checks + "</FilterChecks>"}});
 }
 
 std::string Check(const std::string& index, const std::string& value, const std::string& data1,
@@ -101,9 +99,8 @@ TEST(FilterListTest, SavedStateOverDefaultsAndOddDefinitions) {
                              {"Bare", "4", false, "", "", "", ""}});
 
   HeadlessEditor odd;
-  odd.Open("<Views><Profiles><Profile><Name>P</Name><DataSet>D</DataSet><FilterChecks>" +
-               Check("o'k", "True", "9") + Check("", "True", "8") +
-               "</FilterChecks></Profile></Profiles></Views>",
+  odd.Open(ViewsFile({{"P", "<DataSet>D</DataSet><FilterChecks>" + Check("o'k", "True", "9") +
+                                Check("", "True", "8") + "</FilterChecks>"}}),
            "",
            "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes>"
            "<DataSets><DataSet><Name>D</Name><Filters>"
@@ -127,10 +124,10 @@ TEST(FilterListTest, MissingFiltersElementIsReportedOncePerLoadFiles) {
   h->cmbDataSet.SetText("NoFilters");
   EXPECT_EQ(h->lstFilters.ItemCount(), 0);
   ASSERT_EQ(h.prompter.Shown().size(), 1u);
-  EXPECT_EQ(testing::Box(h.prompter.Shown()[0]),
-            testing::Box("Error", "OK", "critical",
-                         std::string("Error encountered while loading 'NoFilters' filter:") +
-                             kCrLf + kCrLf + "You may need to reinstall viewsetup.xml"));
+  EXPECT_EQ(Box(h.prompter.Shown()[0]),
+            Box("Error", "OK", "critical",
+                std::string("Error encountered while loading 'NoFilters' filter:") + kCrLf + kCrLf +
+                    "You may need to reinstall viewsetup.xml"));
   EXPECT_TRUE(h->FilterErrorShown);
   h->cmbDataSet.SetText("Accounts");
   h->cmbDataSet.SetText("NoFilters");
@@ -192,4 +189,4 @@ TEST(FilterListTest, UserCheckMarksChangeAndSelectsTheRowAndColourBoundsHold) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -10,24 +10,11 @@
 #include "profiles/views_tree.h"
 #include "viewfiles/profile_record.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Box;
-using testing::FilesIn;
-using testing::HeadlessEditor;
-using testing::kDefaults;
-using testing::kSetup;
-using testing::kViews;
-using testing::OpenReports;
-using testing::ProfileNames;
-using testing::ReportDocument;
-using testing::ReportsFolder;
-using testing::Select;
-using testing::ShownPrompts;
 using ui::Answer;
-using Names = std::vector<std::string>;
 
 std::string TagOf(HeadlessEditor& h, const std::string& name) {
   const auto& hits = h->tvwViews.FindText(name);
@@ -65,8 +52,7 @@ TEST(NewProfileTest, SaveQuestionAnswers) {
   for (const auto& c : cases) {
     SCOPED_TRACE(ui::ToString(c.answer));
     HeadlessEditor h;
-    h.Open(kViews, kDefaults, kSetup);
-    Select(h, "Mine");
+    OpenFileSet(h, "Mine");
     h->chkShowLineCount.UserClick();
     const Names names_before = ProfileNames(h->ViewsDoc);
     h.prompter.ClearShown();
@@ -105,29 +91,14 @@ TEST(NewProfileTest, FreshInstallGetsAUserProfileThatCanBeSaved) {
   EXPECT_EQ(h.Messages(), Names{"You have not selected any fields/columns."}) << ShownPrompts(h);
 }
 
-TEST(NewProfileTest, ReportModeWritesTheNewProfileDocumentAndLoadsIt) {
-  HeadlessEditor h;
-  OpenReports(h, {{"Sales", ReportDocument("Sales")}});
-  h.prompter.QueueInput("Weekly");
-  h->cmdNewProfile.Click();
-  const std::string cvx = ReportsFolder(h) + "/Weekly.cvx";
-  EXPECT_EQ(h->ViewsPath, cvx);
-  EXPECT_EQ(ProfileNameIn(cvx), "Weekly");
-  EXPECT_EQ(TagOf(h, "Weekly"), cvx);
-  EXPECT_EQ(h->txtCurrProf.Text(), "Weekly");
-  EXPECT_EQ(ProfileNames(h->ViewsDoc), Names{"Weekly"});
-  EXPECT_TRUE(h.Messages().empty());
-}
-
 TEST(ReportNamesTest, RefusedNamesWriteAndRenameNothing) {
-  const Names refused = {"../escape", ".hidden", "..", "sub/dir", std::string(201, 'n'),
+  const Names refused = {"../escape",           ".hidden", "..", "sub/dir", std::string(201, 'n'),
                          std::string("a\0b", 3)};
   for (const Command& command : kNamingCommands) {
     for (const std::string& name : refused) {
       SCOPED_TRACE(std::string(command.what) + " " + name);
       HeadlessEditor h;
-      OpenReports(h, {{"Sales", ReportDocument("Sales")}});
-      Select(h, "Sales");
+      OpenSalesReport(h);
       const Names files_before = FilesIn(ReportsFolder(h));
       const std::string path_before = h->ViewsPath;
       h.prompter.ClearShown();
@@ -180,8 +151,7 @@ TEST(ReportNamesTest, OverwritingAnotherReportIsAskedFirst) {
 
 TEST(CopyProfileTest, CustomisedSystemProfileGivesAUserProfileWithTheDefaultsSettings) {
   HeadlessEditor h;
-  h.Open(kViews, kDefaults, kSetup);
-  Select(h, "Past Due");
+  OpenFileSet(h, "Past Due");
   const std::string defaults_before = h->DefaultsDoc.ToString();
   h.prompter.ClearShown();
   h.prompter.QueueInput("Copy of Past Due");
@@ -216,47 +186,61 @@ TEST(CopyProfileTest, CustomisedSystemProfileGivesAUserProfileWithTheDefaultsSet
   EXPECT_EQ(h->CurrentProfileNode(), current);
 }
 
-TEST(ReportFilePairTest, CopySavesFirstAndRenameMovesThePair) {
+TEST(ReportFilePairTest, NewCopyRenameAndDeleteKeepProfileDocumentAndDefinitionInStep) {
   HeadlessEditor h;
-  OpenReports(h, {{"Sales", ReportDocument("Sales")}});
+  OpenSalesReport(h);
   const std::string folder = ReportsFolder(h) + "/";
+  h.prompter.QueueInput("Weekly");
+  h->cmdNewProfile.Click();  // a profile document only, loaded
+  EXPECT_EQ(h->ViewsPath, folder + "Weekly.cvx");
+  EXPECT_EQ(ProfileNameIn(folder + "Weekly.cvx"), "Weekly");
+  EXPECT_EQ(ProfileNames(h->ViewsDoc), Names{"Weekly"});
+  EXPECT_EQ(TagOf(h, "Weekly"), folder + "Weekly.cvx");
+
   Select(h, "Sales");
   h->chkTotals.SetValue(1);
   h.prompter.QueueInput("Sales Copy");
-  h->cmdCopyProfile.Click();
-  EXPECT_TRUE(h.Messages().empty()) << ShownPrompts(h);
+  h->cmdCopyProfile.Click();  // saves first, then copies the pair
   EXPECT_EQ(FilesIn(folder), (Names{"Sales Copy.cvr", "Sales Copy.cvx", "Sales.cvr", "Sales.cvx",
-                                    "Sales.cvx.bak"}));
+                                    "Sales.cvx.bak", "Weekly.cvx"}));
   EXPECT_EQ(ProfileNameIn(folder + "Sales.cvx"), "Sales");
-  EXPECT_EQ(ProfileNameIn(folder + "Sales Copy.cvx"), "Sales Copy");
   EXPECT_EQ(ReportValue(folder + "Sales.cvr", "Name"), "Sales");
+  EXPECT_EQ(ProfileNameIn(folder + "Sales Copy.cvx"), "Sales Copy");
   EXPECT_EQ(ReportValue(folder + "Sales Copy.cvr", "Name"), "Sales Copy");
-  EXPECT_EQ(ReportValue(folder + "Sales Copy.cvr", "Totals"), "1");  // saved before the copy
+  EXPECT_EQ(ReportValue(folder + "Sales Copy.cvr", "Totals"), "1");
   EXPECT_EQ(h->ViewsPath, folder + "Sales Copy.cvx");
   EXPECT_EQ(h->txtCurrProf.Text(), "Sales Copy");
+  EXPECT_TRUE(h.Messages().empty()) << ShownPrompts(h);
 
   h->chkAverages.UserClick();
-  h.prompter.ClearShown();
   h.prompter.QueueAnswer(Answer::kYes);  // save first
   h.prompter.QueueInput("Renamed");
-  h->cmdEditProfile.Click();
+  h->cmdEditProfile.Click();                              // moves the pair
   EXPECT_EQ(h.Messages().size(), 1u) << ShownPrompts(h);  // only the save question
   EXPECT_FALSE(fs::exists(folder + "Sales Copy.cvx") || fs::exists(folder + "Sales Copy.cvr"));
   EXPECT_EQ(ProfileNameIn(folder + "Renamed.cvx"), "Renamed");
   EXPECT_EQ(ReportValue(folder + "Renamed.cvr", "Name"), "Renamed");
   EXPECT_EQ(ReportValue(folder + "Renamed.cvr", "Averages"), "1");
   EXPECT_EQ(h->ViewsPath, folder + "Renamed.cvx");
-  EXPECT_EQ(h->txtCurrProf.Text(), "Renamed");
   EXPECT_EQ(TagOf(h, "Sales Copy"), "(none)");
   EXPECT_EQ(TagOf(h, "Renamed"), folder + "Renamed.cvx");
+
+  h->chkTotals.UserClick();
+  h.prompter.ClearShown();
+  h.prompter.QueueAnswer(Answer::kYes);
+  h->cmdDeleteProfile.Click();  // no system-profile notice for a report
+  ASSERT_EQ(h.Messages().size(), 1u);
+  for (const char* gone : {"Renamed.cvx", "Renamed.cvr"}) EXPECT_FALSE(fs::exists(folder + gone));
+  EXPECT_TRUE(fs::exists(folder + "Sales.cvr") && fs::exists(folder + "Weekly.cvx"));
+  EXPECT_FALSE(h->ProfileChanged);
+  EXPECT_EQ(TagOf(h, "Renamed"), "(none)");
 }
 
 TEST(RenameProfileTest, SystemProfilesKeepTheirNamesInViewMode) {
   for (const char* name : {"All Accounts", "Past Due"}) {
     SCOPED_TRACE(name);
     HeadlessEditor h;
-    h.Open(kViews, kDefaults, kSetup);
-    Select(h, name);
+    OpenFileSet(h, name);
     h.prompter.ClearShown();
     h->cmdEditProfile.Click();
     ASSERT_EQ(h.prompter.Shown().size(), 1u);  // no name is asked for
@@ -270,11 +254,11 @@ TEST(RenameProfileTest, EveryRecordOfTheNameIsRenamed) {
   // Only a report escapes the system-profile rule with two records of one
   // name: in a views file the second one marks the name as customised.
   HeadlessEditor h;
-  OpenReports(h, {{"Sales",
-                   "<Views><Profiles><Profile><Name>Sales</Name><DataSet>Accounts</DataSet>"
-                   "<Columns><Column><Name>Account</Name></Column></Columns></Profile>"
-                   "<Profile><Name>Other</Name></Profile><Profile><Name>Sales</Name></Profile>"
-                   "</Profiles></Views>"}});
+  OpenReports(h, {{"Sales", ViewsFile({{"Sales",
+                                        "<DataSet>Accounts</DataSet><Columns><Column>"
+                                        "<Name>Account</Name></Column></Columns>"},
+                                       {"Other", ""},
+                                       {"Sales", ""}})}});
   Select(h, "Sales");
   h->chkTotals.UserClick();
   h.prompter.ClearShown();
@@ -296,15 +280,14 @@ TEST(RenameProfileTest, EveryRecordOfTheNameIsRenamed) {
 
 TEST(RenameProfileTest, ReportRenameThatCannotBeWrittenKeepsTheOldPairWhole) {
   HeadlessEditor h;
-  OpenReports(h, {{"Sales", ReportDocument("Sales")}});
+  OpenSalesReport(h);
   h.dir.Write("Custom Reports/Sales.cvr", "<CustomReport><Name>Sales</Name></CustomReport>");
-  Select(h, "Sales");
   const std::string cvx_before = h.dir.Read("Custom Reports/Sales.cvx");
   const std::string path_before = h->ViewsPath;
   h.prompter.ClearShown();
   h.prompter.QueueInput("Renamed");
   {
-    testing::FileSizeLimit limit(64);
+    FileSizeLimit limit(64);
     h->cmdEditProfile.Click();
   }
   EXPECT_EQ(FilesIn(ReportsFolder(h)), (Names{"Sales.cvr", "Sales.cvx"}));
@@ -320,10 +303,11 @@ TEST(RenameProfileTest, ReportRenameThatCannotBeWrittenKeepsTheOldPairWhole) {
 TEST(DeleteProfileTest, OnlyTheFirstRecordOfTheNameIsRemovedAfterAYes) {
   for (Answer answer : {Answer::kNo, Answer::kYes}) {
     HeadlessEditor h;
-    h.Open("<Views><Profiles><Profile><Name>Mine</Name><DataSet>Accounts</DataSet>"
-           "<AcctViewType>1</AcctViewType><Marker>first</Marker></Profile>"
-           "<Profile><Name>Other</Name><AcctViewType>1</AcctViewType></Profile>"
-           "<Profile><Name>Mine</Name><Marker>second</Marker></Profile></Profiles></Views>",
+    h.Open(ViewsFile({{"Mine",
+                       "<DataSet>Accounts</DataSet><AcctViewType>1</AcctViewType>"
+                       "<Marker>first</Marker>"},
+                      {"Other", "<AcctViewType>1</AcctViewType>"},
+                      {"Mine", "<Marker>second</Marker>"}}),
            kDefaults, kSetup);
     Select(h, "Mine");
     h->chkTotals.UserClick();
@@ -354,8 +338,7 @@ TEST(DeleteProfileTest, SystemProfilesAreResetNotRemoved) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     HeadlessEditor h;
-    h.Open(kViews, kDefaults, kSetup);
-    Select(h, c.name);
+    OpenFileSet(h, c.name);
     const std::string defaults_before = h->DefaultsDoc.ToString();
     const size_t views_before = ProfileNames(h->ViewsDoc).size();
     h.prompter.ClearShown();
@@ -384,9 +367,8 @@ TEST(DeleteProfileTest, RemovedCurrentRecordLeavesNoHandleBehind) {
   // Without a profile in folder 0 nothing is selected after the delete, so
   // the removed record would stay current if the command did not clear it.
   HeadlessEditor h;
-  h.Open("<Views><Profiles><Profile><Name>Mine</Name><DataSet>Accounts</DataSet>"
-         "<AcctViewType>1</AcctViewType></Profile></Profiles></Views>",
-         "<Views><Profiles/></Views>", kSetup);
+  h.Open(ViewsFile({{"Mine", "<DataSet>Accounts</DataSet><AcctViewType>1</AcctViewType>"}}),
+         ViewsFile({}), kSetup);
   Select(h, "Mine");
   ASSERT_TRUE(h->CurrentProfileNode());
   h.prompter.QueueAnswer(Answer::kYes);
@@ -398,41 +380,20 @@ TEST(DeleteProfileTest, RemovedCurrentRecordLeavesNoHandleBehind) {
   EXPECT_EQ(h.LastMessage(), "Please select a profile from above first.");
 }
 
-TEST(DeleteProfileTest, ReportModeDeletesTheFilePair) {
-  HeadlessEditor h;
-  OpenReports(h, {{"Sales", ReportDocument("Sales")}, {"Other", ReportDocument("Other")}});
-  h.dir.Write("Custom Reports/Sales.cvr", "<CustomReport/>");
-  Select(h, "Sales");
-  h->chkTotals.UserClick();
-  h.prompter.ClearShown();
-  h.prompter.QueueAnswer(Answer::kYes);
-  h->cmdDeleteProfile.Click();
-  ASSERT_EQ(h.Messages().size(), 1u);  // no system-profile notice for a report
-  EXPECT_EQ(FilesIn(ReportsFolder(h)), Names{"Other.cvx"});
-  EXPECT_FALSE(h->ProfileChanged);
-  EXPECT_EQ(TagOf(h, "Sales"), "(none)");
-  EXPECT_NE(TagOf(h, "Other"), "(none)");
-}
-
 TEST(SaveProfileCommandTest, NoticeSaysWhatWasSavedAndClosesOnLostFocus) {
   for (bool report_mode : {false, true}) {
     SCOPED_TRACE(report_mode);
     HeadlessEditor h;
-    if (report_mode) {
-      OpenReports(h, {{"Sales", ReportDocument("Sales")}});
-      Select(h, "Sales");
-    } else {
-      h.Open(kViews, kDefaults, kSetup);
-      Select(h, "Mine");
-    }
+    report_mode ? OpenSalesReport(h) : OpenFileSet(h, "Past Due");
     h->chkShowLineCount.UserClick();
     h.prompter.ClearShown();
     h->cmdSaveProfile.Click();
     ASSERT_EQ(h.prompter.Shown().size(), 1u) << ShownPrompts(h);
     const ui::ShownPrompt& notice = h.prompter.Shown()[0];
-    EXPECT_EQ(notice.kind + "|" + notice.title + "|" + notice.text,
-              std::string("notice|Save Profile|") + (report_mode ? "Your report has been saved."
-                                                   : "Your view profile has been saved."));
+    EXPECT_EQ(
+        notice.kind + "|" + notice.title + "|" + notice.text,
+        std::string("notice|Save Profile|") +
+            (report_mode ? "Your report has been saved." : "Your view profile has been saved."));
     EXPECT_TRUE(h.prompter.NoticeOpen());
     EXPECT_FALSE(h.prompter.WaitCursor());
     EXPECT_FALSE(h->ProfileChanged);
@@ -451,4 +412,4 @@ TEST(SaveProfileCommandTest, NoticeSaysWhatWasSavedAndClosesOnLostFocus) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -5,13 +5,8 @@
 #include "fixtures.h"
 #include "profiles/views_tree.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::Entries;
-using testing::HeadlessEditor;
-using testing::kSetup;
-using Names = std::vector<std::string>;
 
 Names CheckedTabs(const frmAcctViewEdit& ed) {
   Names keys;
@@ -23,13 +18,12 @@ Names CheckedTabs(const frmAcctViewEdit& ed) {
 
 // A user profile "P" on Accounts with the given elements.
 std::string ViewsWith(const std::string& elements) {
-  return "<Views><Profiles><Profile><Name>P</Name><DataSet>Accounts</DataSet>" + elements +
-         "</Profile></Profiles></Views>";
+  return ViewsFile({{"P", "<DataSet>Accounts</DataSet>" + elements}});
 }
 
 class ProfileLoaderTest : public ::testing::Test {
  protected:
-  void SetUp() override { h.Open(testing::kViews, testing::kDefaults, kSetup); }
+  void SetUp() override { h.Open(kViews, kDefaults, kSetup); }
   void Load(const std::string& name) {
     h.prompter.ClearShown();
     LoadProfile(*h, name);
@@ -50,14 +44,13 @@ TEST_F(ProfileLoaderTest, CustomisedSystemProfileTakesEachElementFromItsFile) {
   EXPECT_EQ(h->lstAvailColumns.Items(), (Names{"Account", "Balance", "Days Late", "Note"}));
   EXPECT_EQ(Entries(h->cmbSort[0]), (Names{"Salesman", "Due Date"}));
   EXPECT_EQ(h->cmbSort[0].Text(), "Salesman");
-  EXPECT_EQ(h->cmbSort[1].Text(), "Salesman");        // "Nowhere" is no used column
-  EXPECT_EQ(h->cmbSortASCDESC[1].Text(), "ASC");      // "SIDEWAYS" is not offered
+  EXPECT_EQ(h->cmbSort[1].Text(), "Salesman");    // "Nowhere" is no used column
+  EXPECT_EQ(h->cmbSortASCDESC[1].Text(), "ASC");  // "SIDEWAYS" is not offered
   EXPECT_EQ(CheckedTabs(*h), Names{"T2"});
   EXPECT_EQ(h->chkTotals.Value() + h->chkAverages.Value(), 2);
   EXPECT_EQ(h->chkShowLineCount.Value(), 0);
   EXPECT_EQ(h->cmbOrientation.Text(), "Landscape");
   EXPECT_EQ(h->cmbPageSize.ListIndex(), 0);  // position 7 does not exist
-  EXPECT_TRUE(h->lstFilters.Item(h->lstFilters.FindKey("3")).checked);
   // A system profile's source, filters and mode cannot be changed.
   for (const ui::Control* c : std::initializer_list<const ui::Control*>{
            &h->cmbDataSet, &h->cmbAcctViewType, &h->optFilter, &h->cmdAdvancedFilter}) {
@@ -87,7 +80,7 @@ TEST_F(ProfileLoaderTest, UserProfileLoadsEverythingFromTheViewsFile) {
   EXPECT_TRUE(h->lstFilters.Item(h->lstFilters.FindKey("3")).checked);
   std::string caption, type, name;
   h->Variables().GetVariable(2, caption, type, name);
-  EXPECT_EQ(testing::Box(caption, type, name, ""), testing::Box("", "Text", "DEALER", ""));
+  EXPECT_EQ(Box(caption, type, name, ""), Box("", "Text", "DEALER", ""));
   EXPECT_EQ(h->chkStartEnd.Value(), 1);
   EXPECT_EQ(Entries(h->txtData1LV), (Names{"", "<$START_DATE>", "<$END_DATE>", "<$DEALER>"}));
   EXPECT_EQ(Entries(h->txtData2LV), Entries(h->txtData1LV));
@@ -120,13 +113,15 @@ TEST_F(ProfileLoaderTest, ProfileWithoutBaseRecordStopsWithItsMessage) {
   h.prompter.ClearShown();
   h->tvwViews.UserSelect(h->tvwViews.FindKey(UserEntryKey("My Accounts", "alice")));
   ASSERT_EQ(h.prompter.Shown().size(), 1u);
-  EXPECT_EQ(testing::Box(h.prompter.Shown()[0]),
-            testing::Box("Error", "OK", "critical",
-                         "An error was encounted loading this profile.  If this persists, you "
-                         "may need to delete this profile and recreate it."));
+  EXPECT_EQ(Box(h.prompter.Shown()[0]),
+            Box("Error", "OK", "critical",
+                "An error was encounted loading this profile.  If this persists, you "
+                "may need to delete this profile and recreate it."));
   EXPECT_EQ(h->txtCurrProf.Text(), "alice");
   EXPECT_TRUE(h->lstUsedColumns.Items().empty());
   EXPECT_EQ(h->CurrentProfileName, "Mine");  // the last complete load
+  Load("Nobody");                            // no node of that name at all
+  EXPECT_EQ(h.Messages().size(), 1u);
 }
 
 TEST(ProfileLoaderEdgeTest, FilterTypeMissingOrNotANumberKeepsTheOptionButtons) {
@@ -180,16 +175,15 @@ TEST(ProfileLoaderEdgeTest, StartEndBoxOnlyForStartThenEnd) {
 
 TEST(ProfileLoaderEdgeTest, StoredValuesTheControlsDoNotHoldAreSkipped) {
   HeadlessEditor e;
-  e.Open(
-      "<Views><Profiles><Profile><Name>Odd</Name><DataSet>Vanished</DataSet>"
-      "<AcctViewType>99</AcctViewType><FilterType>0</FilterType>"
-      "<DoTotals>2</DoTotals><DoGrouping>yes</DoGrouping><PageOrientation>-1</PageOrientation>"
-      "<PageSize>2</PageSize><PageMultiLine>1</PageMultiLine><Tabs>3,9,,1</Tabs>"
-      "<Columns><Column><Name>Balance</Name></Column><!-- note --><Column><Field>x</Field>"
-      "</Column><Column><Name>Account</Name></Column></Columns></Profile>"
-      "<Profile><Name>Sales Only</Name><DataSet>Inventory</DataSet><AcctViewType>2</AcctViewType>"
-      "</Profile></Profiles></Views>",
-      "", kSetup);
+  e.Open(ViewsFile({{"Odd",
+                     "<DataSet>Vanished</DataSet><AcctViewType>99</AcctViewType><FilterType>0"
+                     "</FilterType><DoTotals>2</DoTotals><DoGrouping>yes</DoGrouping>"
+                     "<PageOrientation>-1</PageOrientation><PageSize>2</PageSize><PageMultiLine>1"
+                     "</PageMultiLine><Tabs>3,9,,1</Tabs><Columns><Column><Name>Balance</Name>"
+                     "</Column><!-- note --><Column><Field>x</Field></Column><Column><Name>Account"
+                     "</Name></Column></Columns>"},
+                    {"Sales Only", "<DataSet>Inventory</DataSet><AcctViewType>2</AcctViewType>"}}),
+         "", kSetup);
   LoadProfile(*e, "Sales Only");
   ASSERT_EQ(e->cmbAcctViewType.Text(), "Sales");
   e.prompter.ClearShown();
@@ -210,4 +204,4 @@ TEST(ProfileLoaderEdgeTest, StoredValuesTheControlsDoNotHoldAreSkipped) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -7,21 +7,8 @@
 #include "fixtures.h"
 #include "viewfiles/profile_record.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::AddColumn;
-using testing::Box;
-using testing::FileSizeLimit;
-using testing::HeadlessEditor;
-using testing::kDefaults;
-using testing::kSetup;
-using testing::kViews;
-using testing::OpenReports;
-using testing::ReportDocument;
-using testing::ReportsFolder;
-using testing::Select;
-using Names = std::vector<std::string>;
 
 Names ChildNames(XmlNode node, const char* child_text = nullptr) {
   Names names;
@@ -51,14 +38,16 @@ TEST(ProfileSaverTest, SystemProfilesWriteOnlyTheCustomisableElements) {
     EXPECT_TRUE(SaveProfile(*h));
 
     XmlNode record = FindProfileElement(h->ViewsDoc, "All Accounts");
-    EXPECT_EQ(ChildNames(record),
-              (Names{"Name",        "Columns",         "Tabs",         "SortByField",
-                     "SortByField2", "SortBy",         "SortBy2",      "SortASCDESC",
-                     "SortASCDESC2", "DoGrouping",     "DoAverages",   "DoTotals",
-                     "DoLineCount",  "PageOrientation", "PageSize",    "PageMultiLine",
-                     "Var0Caption",  "Var0Type",       "Var0Name",     "Var1Caption",
-                     "Var1Type",     "Var1Name",       "Var2Caption",  "Var2Type",
-                     "Var2Name",     "Var3Caption",    "Var3Type",     "Var3Name"}));
+    Names customisable = {"Name",         "Columns",         "Tabs",       "SortByField",
+                          "SortByField2", "SortBy",          "SortBy2",    "SortASCDESC",
+                          "SortASCDESC2", "DoGrouping",      "DoAverages", "DoTotals",
+                          "DoLineCount",  "PageOrientation", "PageSize",   "PageMultiLine"};
+    for (const char* slot : {"0", "1", "2", "3"}) {
+      for (const char* part : {"Caption", "Type", "Name"}) {
+        customisable.push_back(std::string("Var") + slot + part);
+      }
+    }
+    EXPECT_EQ(ChildNames(record), customisable);
     EXPECT_EQ(ChildNames(record.child("Columns"), "Name"),
               (Names{"Account", "Balance", "Salesman"}));
     EXPECT_EQ(ChildText(record.child("Columns").child("Column"), "SortField"), "ACCTS.AcctNum");
@@ -79,8 +68,7 @@ TEST(ProfileSaverTest, SystemProfilesWriteOnlyTheCustomisableElements) {
 
   // A customised one: its source elements stay as they were, none is added.
   HeadlessEditor h;
-  h.Open(kViews, kDefaults, kSetup);
-  Select(h, "Past Due");
+  OpenFileSet(h, "Past Due");
   h->cmbSortASCDESC[0].SetText("DESC");
   ASSERT_TRUE(SaveProfile(*h));
   XmlNode record = FindProfileElement(h->ViewsDoc, "Past Due");
@@ -92,13 +80,12 @@ TEST(ProfileSaverTest, SystemProfilesWriteOnlyTheCustomisableElements) {
   for (const char* source : {"FilterChecks", "SQLWhereList", "SQLFieldList"}) {
     EXPECT_FALSE(record.child(source)) << source;
   }
-  EXPECT_EQ(testing::ProfileNames(h->ViewsDoc).size(), 8u);
+  EXPECT_EQ(ProfileNames(h->ViewsDoc).size(), 7u);  // no record added
 }
 
 TEST(ProfileSaverTest, UserProfileStoresItsSourceFilterChecksAndStatements) {
   HeadlessEditor h;
-  h.Open(kViews, kDefaults, kSetup);
-  Select(h, "Mine");
+  OpenFileSet(h, "Mine");
   XmlNode record = FindProfileElement(h->ViewsDoc, "Mine");
   // Advanced filter: the view statement as it stands, no lists.
   h->DataSetSQL = "SELECT hand FROM X WHERE a < 'it''s'";
@@ -159,7 +146,8 @@ TEST(ProfileSaverTest, StoppingMessagesWriteNothingAndKeepTheChangeFlag) {
     std::string box;
   } cases[] = {
       {"Mine", false,
-       Box("No Profile Selected", "OK", "exclamation", "Please select a profile from above first.")},
+       Box("No Profile Selected", "OK", "exclamation",
+           "Please select a profile from above first.")},
       {"O'Brien", true,
        Box("Error", "OK", "critical",
            std::string("An error was encountered when saving the current profile:") + kCrLf +
@@ -168,8 +156,7 @@ TEST(ProfileSaverTest, StoppingMessagesWriteNothingAndKeepTheChangeFlag) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     HeadlessEditor h;
-    h.Open(kViews, kDefaults, kSetup);
-    Select(h, "Mine");
+    OpenFileSet(h, "Mine");
     const XmlNode mine = FindProfileElement(h->ViewsDoc, "Mine");
     h->CurrentProfileName = c.name;
     h->SetCurrentProfileNode(c.with_node ? mine : XmlNode(), h->ViewsDoc);
@@ -197,8 +184,7 @@ TEST(ProfileSaverTest, ReportModeWritesTheProfileDocumentAndTheReportFile) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.views_file);
     HeadlessEditor h;
-    OpenReports(h, {{"Sales", ReportDocument("Sales")}});
-    Select(h, "Sales");
+    OpenSalesReport(h);
     h->chkShowLineCount.UserClick();
     const std::string folder = ReportsFolder(h) + "/";
     h->ViewsPath = folder + c.views_file;
@@ -220,31 +206,29 @@ TEST(ProfileSaverTest, ReportModeWritesTheProfileDocumentAndTheReportFile) {
 
 TEST(ProfileSaverTest, ReportWriteThatFailsHalfwayLeavesBothOldFilesAndTheEditorOpen) {
   HeadlessEditor h;
-  OpenReports(h, {{"Sales", ReportDocument("Sales")}});
+  OpenSalesReport(h);
   h.dir.Write("Custom Reports/Sales.cvr", "<CustomReport version=\"1\"><Name>Sales</Name>");
-  Select(h, "Sales");
   h->Show();
   h->chkTotals.UserClick();
   const std::string cvx_before = h.dir.Read("Custom Reports/Sales.cvx");
   const std::string cvr_before = h.dir.Read("Custom Reports/Sales.cvr");
   h.prompter.ClearShown();
-  bool saved = true;
   {
     FileSizeLimit limit(64);
-    saved = SaveProfile(*h);
+    EXPECT_FALSE(SaveProfile(*h));
     h.prompter.QueueAnswer(ui::Answer::kYes);
     h->cmdOK.Click();
   }
-  EXPECT_FALSE(saved);
   EXPECT_TRUE(h->Visible());
   EXPECT_TRUE(h->ProfileChanged);  // the changes are still only in memory
   EXPECT_EQ(h.dir.Read("Custom Reports/Sales.cvx"), cvx_before);
   EXPECT_EQ(h.dir.Read("Custom Reports/Sales.cvr"), cvr_before);
-  EXPECT_EQ(testing::FilesIn(ReportsFolder(h)), (Names{"Sales.cvr", "Sales.cvx"}));
+  EXPECT_EQ(FilesIn(ReportsFolder(h)), (Names{"Sales.cvr", "Sales.cvx"}));
   const auto messages = h.Messages();
   ASSERT_GE(messages.size(), 2u);
   EXPECT_TRUE(StartsWith(messages[0], std::string("An error was encountered when saving the "
-                                                  "current profile:") + kCrLf + kCrLf));
+                                                  "current profile:") +
+                                          kCrLf + kCrLf));
   EXPECT_TRUE(StartsWith(messages[1], "Error in SaveReportFile: "));
 
   h.prompter.QueueAnswer(ui::Answer::kYes);
@@ -270,7 +254,7 @@ void TypeFilterValue(HeadlessEditor& h, int row, int which, const std::string& v
 
 // Everything a profile stores, as the controls show it.
 Names Snapshot(HeadlessEditor& h) {
-  Names lines = {h->txtCurrProf.Text(), h->cmbDataSet.Text(), h->cmbAcctViewType.Text(),
+  Names lines = {h->txtCurrProf.Text(),        h->cmbDataSet.Text(),     h->cmbAcctViewType.Text(),
                  Str(h->optFilter.SetIndex()), h->cmbOrientation.Text(), h->cmbPageSize.Text()};
   for (const std::string& column : h->lstUsedColumns.Items()) lines.push_back("used " + column);
   for (int i = 0; i < 2; ++i) lines.push_back(h->cmbSort[i].Text() + h->cmbSortASCDESC[i].Text());
@@ -294,8 +278,7 @@ Names Snapshot(HeadlessEditor& h) {
 
 TEST(ProfileRoundTripTest, EveryEditComesBackInASecondEditorOnTheWrittenFile) {
   HeadlessEditor h;
-  h.Open(kViews, kDefaults, kSetup);
-  Select(h, "Mine");
+  OpenFileSet(h, "Mine");
   h->optFilter.SetValue(0);
   // Columns: the gone one out, two in, the last moved up.
   h->lstUsedColumns.SetListIndex(1);
@@ -343,4 +326,4 @@ TEST(ProfileRoundTripTest, EveryEditComesBackInASecondEditorOnTheWrittenFile) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

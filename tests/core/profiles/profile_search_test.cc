@@ -7,16 +7,13 @@
 #include "fixtures.h"
 #include "profiles/views_tree.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
-using Names = std::vector<std::string>;
 
 class ProfileSearchTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    h.Open(testing::kViews, testing::kDefaults, testing::kSetup);
+    h.Open(kViews, kDefaults, kSetup);
     h.prompter.ClearShown();
   }
   Names Results() {
@@ -65,8 +62,8 @@ TEST_F(ProfileSearchTest, AResultCarriesTheKindAndLoadsItsProfile) {
   const ui::NodeId result = tree().FindKey("SEARCH|Past Due");
   ASSERT_NE(result, ui::kNoNode);
   const ui::TreeNode& node = tree().Node(result);
-  EXPECT_EQ(testing::Box(node.text, node.tag, node.image, tree().Node(node.parent).key),
-            testing::Box("Past Due", "1", "AcctView", kSearchFolderKey));
+  EXPECT_EQ(Box(node.text, node.tag, node.image, tree().Node(node.parent).key),
+            Box("Past Due", "1", "AcctView", kSearchFolderKey));
   EXPECT_TRUE(tree().Node(tree().FindKey(kSearchFolderKey)).expanded);
   EXPECT_EQ(ProfileKind(*h, "Past Due"), 1);  // the profile's own node still comes first
 
@@ -82,7 +79,7 @@ TEST_F(ProfileSearchTest, AResultCarriesTheKindAndLoadsItsProfile) {
 
 TEST(ProfileSearchReportModeTest, WithoutASearchFolderNothingHappens) {
   HeadlessEditor h;
-  testing::OpenReports(h, {{"Aging", testing::ReportDocument("Aging")}});
+  OpenReports(h, {{"Aging", ReportDocument("Aging")}});
   const int nodes = h->tvwViews.Count();
   ASSERT_EQ(nodes, 2);
   EXPECT_EQ(FillSearchResults(*h, "aging"), 0);
@@ -90,4 +87,4 @@ TEST(ProfileSearchReportModeTest, WithoutASearchFolderNothingHappens) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -9,15 +9,8 @@
 #include "fixtures.h"
 #include "viewfiles/profile_record.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::Box;
-using testing::HeadlessEditor;
-using testing::kDefaults;
-using testing::kSetup;
-using testing::kViews;
-using Names = std::vector<std::string>;
 
 Names ChildTexts(const ui::TreeView& tree, ui::NodeId node) {
   Names texts;
@@ -55,7 +48,7 @@ TEST_F(ViewsTreeTest, FoldersComeFromRootNodesWithoutIndex99) {
   const ui::TreeNode& search = tree().Node(tree().FindKey("ROOTSearch"));
   EXPECT_EQ(search.text, "Search Results");
   EXPECT_EQ(search.image, "Search");
-  EXPECT_EQ(testing::Entries(h->cmbAcctViewType), (Names{"System Views", "Collections", "Sales"}));
+  EXPECT_EQ(Entries(h->cmbAcctViewType), (Names{"System Views", "Collections", "Sales"}));
   EXPECT_EQ(h->cmbAcctViewType.ItemData(2), 2);
 }
 
@@ -102,11 +95,13 @@ TEST_F(ViewsTreeTest, PerUserEntriesForUserWherePlaceholder) {
   }
   EXPECT_TRUE(tree().Children(tree().FindKey("Mine")).empty());
   // Keys tell profile and user apart, also for names that look like each other.
-  std::set<std::string> keys = {
-      UserEntryKey("My Accounts", "alice"), UserEntryKey("Team", "alice"),
-      UserEntryKey("a|b", "c"),             UserEntryKey("a", "b|c"),
-      UserEntryKey("Team", "SYSTEM"),       SystemEntryKey("Team"),
-      SystemEntryKey("My Accounts")};
+  std::set<std::string> keys = {UserEntryKey("My Accounts", "alice"),
+                                UserEntryKey("Team", "alice"),
+                                UserEntryKey("a|b", "c"),
+                                UserEntryKey("a", "b|c"),
+                                UserEntryKey("Team", "SYSTEM"),
+                                SystemEntryKey("Team"),
+                                SystemEntryKey("My Accounts")};
   EXPECT_EQ(keys.size(), 7u);
   EXPECT_NE(tree().FindKey(UserEntryKey("Team", "bob")), ui::kNoNode);
   EXPECT_NE(tree().FindKey(SystemEntryKey("My Accounts")), ui::kNoNode);
@@ -122,20 +117,17 @@ TEST_F(ViewsTreeTest, PerUserEntriesForUserWherePlaceholder) {
 TEST(ViewsTreeBuildTest, DuplicatesAreReportedOnceAndTheBuildGoesOn) {
   // Twice in the views file: the second record re-tags the first one's node.
   HeadlessEditor views;
-  views.Open(
-      "<Views><Profiles><Profile><Name>Twin</Name><AcctViewType>0</AcctViewType></Profile>"
-      "<Profile><Name>Twin</Name><AcctViewType>1</AcctViewType></Profile></Profiles></Views>",
-      "", kSetup);
+  views.Open(ViewsFile({{"Twin", "<AcctViewType>0</AcctViewType>"},
+                        {"Twin", "<AcctViewType>1</AcctViewType>"}}),
+             "", kSetup);
   ASSERT_EQ(views->tvwViews.FindText("Twin").size(), 1u);
   EXPECT_EQ(ProfileKind(*views, "Twin"), 1);
-  EXPECT_TRUE(views.Messages().empty());
 
   // Twice in the defaults file, or a folder index twice: one message each.
-  const std::string defaults =
-      "<Views><Profiles><Profile><Name>Dup</Name><AcctViewType>0</AcctViewType></Profile>"
-      "<Profile><Name>Dup</Name><AcctViewType>1</AcctViewType></Profile>"
-      "<Profile><Name>Dup</Name><AcctViewType>2</AcctViewType></Profile>"
-      "<Profile><Name>After</Name><AcctViewType>2</AcctViewType></Profile></Profiles></Views>";
+  const std::string defaults = ViewsFile({{"Dup", "<AcctViewType>0</AcctViewType>"},
+                                          {"Dup", "<AcctViewType>1</AcctViewType>"},
+                                          {"Dup", "<AcctViewType>2</AcctViewType>"},
+                                          {"After", "<AcctViewType>2</AcctViewType>"}});
   const std::string folders =
       "<ViewSetup><RootNodes><Root><Index>0</Index><Name>A</Name></Root>"
       "<Root><Index>0</Index><Name>B</Name></Root>"
@@ -150,7 +142,7 @@ TEST(ViewsTreeBuildTest, DuplicatesAreReportedOnceAndTheBuildGoesOn) {
     HeadlessEditor h;
     h.host.host_name = "Corvane DMS";
     h.Open("", folder_error ? "" : defaults, folder_error ? folders : kSetup);
-    ASSERT_EQ(h.prompter.Shown().size(), 1u) << testing::ShownPrompts(h);
+    ASSERT_EQ(h.prompter.Shown().size(), 1u) << ShownPrompts(h);
     EXPECT_EQ(Box(h.prompter.Shown()[0]), Box("Error", "OK", "critical", expected));
     if (folder_error) {
       EXPECT_NE(h->tvwViews.FindKey("ROOT2"), ui::kNoNode);
@@ -176,7 +168,7 @@ TEST_F(ViewsTreeTest, SelectionByNameElseFirstProfileOfRoot0) {
 
 TEST(ReportTreeTest, ListsCvxFilesSortedAndLoadsTheChosenOne) {
   HeadlessEditor empty;
-  testing::OpenReports(empty, {});
+  OpenReports(empty, {});
   ASSERT_EQ(empty->tvwViews.Count(), 1);  // only the reports folder
   const ui::TreeNode& root = empty->tvwViews.Node(0);
   EXPECT_EQ(Box(root.key, root.text, root.image, root.expanded_image),
@@ -186,14 +178,14 @@ TEST(ReportTreeTest, ListsCvxFilesSortedAndLoadsTheChosenOne) {
   EXPECT_TRUE(empty.Messages().empty());
 
   HeadlessEditor h;
-  h.dir.Write("Custom Reports/Upper.CVX", testing::ReportDocument("Upper"));  // not reopenable
+  h.dir.Write("Custom Reports/Upper.CVX", ReportDocument("Upper"));  // not reopenable
   h.dir.Write("Custom Reports/Zeta.cvr", "<Report/>");
   h.dir.Write("Custom Reports/notes.txt", "");
   std::filesystem::create_directories(h.dir.Path() / "Custom Reports" / "sub.cvx");
-  testing::OpenReports(h, {{"Zeta", ReplaceAll(testing::ReportDocument("Zeta"),
-                                               "<SortBy>Account", "<SortBy>Balance")},
-                           {"alpha", testing::ReportDocument("alpha")}});
-  const std::string folder = testing::ReportsFolder(h) + "/";
+  OpenReports(h,
+              {{"Zeta", ReplaceAll(ReportDocument("Zeta"), "<SortBy>Account", "<SortBy>Balance")},
+               {"alpha", ReportDocument("alpha")}});
+  const std::string folder = ReportsFolder(h) + "/";
   const ui::NodeId reports = h->tvwViews.FindKey("ROOT");
   ASSERT_EQ(ChildTexts(h->tvwViews, reports), (Names{"alpha", "Zeta"}));
   EXPECT_TRUE(h->tvwViews.Node(reports).expanded);
@@ -263,4 +255,4 @@ TEST_F(ViewsTreeTest, FolderAndNoNodeSelections) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

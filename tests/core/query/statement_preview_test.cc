@@ -6,17 +6,17 @@
 #include "fixtures.h"
 #include "query/sql_builder.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
 
 class StatementPreviewTest : public ::testing::Test {
  protected:
-  void SetUp() override { h.Open(testing::kViews, testing::kDefaults, testing::kSetup); }
+  void SetUp() override { h.Open(kViews, kDefaults, kSetup); }
   void Select(const std::string& name) {
     testing::Select(h, name);
     h.prompter.ClearShown();
   }
-  testing::HeadlessEditor h;
+  HeadlessEditor h;
 };
 
 TEST_F(StatementPreviewTest, UserProfilesShowWhatTheSaveStores) {
@@ -59,4 +59,4 @@ TEST_F(StatementPreviewTest, SystemProfileKeepsTheDefaultsStatement) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

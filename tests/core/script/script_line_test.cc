@@ -2,10 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "base/error.h"
 
 namespace cvve::script {
 namespace {
+
+// The message of the Error that `action` throws; "(no error)" when none.
+std::string ErrorOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const Error& e) {
+    return e.what();
+  }
+  return "(no error)";
+}
 
 TEST(ParseScriptTest, KeepsLineNumbersAndDropsCommentsAndBlankLines) {
   const auto lines = ParseScript(
@@ -16,30 +28,21 @@ TEST(ParseScriptTest, KeepsLineNumbersAndDropsCommentsAndBlankLines) {
       "  select  cmbDataSet   Accounts  \n"
       "state\n"
       "input");
-  ASSERT_EQ(lines.size(), 4u);
-  EXPECT_EQ(lines[0].number, 3);
-  EXPECT_EQ(lines[0].command, "open");
-  EXPECT_EQ(lines[0].rest, "acct");
-  EXPECT_EQ(lines[1].number, 5);
-  EXPECT_EQ(lines[1].command, "select");
-  EXPECT_EQ(lines[1].rest, "cmbDataSet   Accounts");
-  EXPECT_EQ(lines[2].number, 6);
-  EXPECT_EQ(lines[2].rest, "");
-  EXPECT_EQ(lines[3].number, 7);
-  EXPECT_EQ(lines[3].command, "input");
-}
-
-TEST(ParseScriptTest, EmptyScriptHasNoLines) {
+  std::vector<std::string> seen;
+  for (const auto& line : lines) {
+    seen.push_back(std::to_string(line.number) + "|" + line.command + "|" + line.rest);
+  }
+  EXPECT_EQ(seen, (std::vector<std::string>{"3|open|acct", "5|select|cmbDataSet   Accounts",
+                                            "6|state|", "7|input|"}));
   EXPECT_TRUE(ParseScript("").empty());
   EXPECT_TRUE(ParseScript("\n\n# only\n").empty());
 }
 
 TEST(ArgsTest, WordsPlainAndQuoted) {
-  struct Case {
+  const struct {
     const char* rest;
     std::vector<std::string> words;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"0 caption \"Start Date:\"", {"0", "caption", "Start Date:"}},
       {R"("say \"hi\"" x)", {"say \"hi\"", "x"}},
       {R"("back\\slash")", {"back\\slash"}},
@@ -47,7 +50,7 @@ TEST(ArgsTest, WordsPlainAndQuoted) {
       {"\"\"  next", {"", "next"}},
       {"  lots   of\tblanks ", {"lots", "of", "blanks"}},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     Args args(c.rest);
     std::vector<std::string> words;
     while (!args.Empty()) words.push_back(args.Word("word"));
@@ -55,62 +58,41 @@ TEST(ArgsTest, WordsPlainAndQuoted) {
   }
 }
 
-TEST(ArgsTest, BadWordsAreErrors) {
-  struct Case {
-    const char* rest;
-    const char* message;
-  };
-  const Case cases[] = {
+TEST(ArgsTest, BadWordsAndLeftoversAreErrors) {
+  const struct {
+    const char *rest, *message;
+  } cases[] = {
       {"", "missing KEY"},
       {"   ", "missing KEY"},
       {"\"open", "unterminated quote"},
       {R"("ends with escape\")", "unterminated quote"},
       {"\"a\"b", "a blank must follow the closing quote"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     Args args(c.rest);
-    try {
-      args.Word("KEY");
-      ADD_FAILURE() << "no error for " << c.rest;
-    } catch (const Error& e) {
-      EXPECT_STREQ(e.what(), c.message) << c.rest;
-    }
+    EXPECT_EQ(ErrorOf([&] { args.Word("KEY"); }), c.message) << c.rest;
   }
+  Args args("Yes \"and more\"");
+  EXPECT_EQ(args.Word("answer"), "Yes");
+  EXPECT_EQ(ErrorOf([&] { args.End(); }), "unexpected argument 'and more'");
+  Args done("word");
+  done.Word("w");
+  EXPECT_EQ(ErrorOf([&] { done.End(); }), "(no error)");
 }
 
 TEST(ArgsTest, RestIsOneTextUnquotedOnlyWhenWhollyQuoted) {
-  struct Case {
-    const char* rest;
-    const char* text;
-  };
-  const Case cases[] = {
-      {"Past Due 30+", "Past Due 30+"},
-      {"  padded  ", "padded"},
-      {"\"  kept blanks \"", "  kept blanks "},
-      {"\"a\" b", "\"a\" b"},
-      {"\"open", "\"open"},
-      {"", ""},
-      {"\"\"", ""},
-  };
-  for (const Case& c : cases) {
-    Args args(c.rest);
-    EXPECT_EQ(args.Rest(), c.text) << c.rest;
+  const std::pair<std::string, std::string> cases[] = {{"Past Due 30+", "Past Due 30+"},
+                                                       {"  padded  ", "padded"},
+                                                       {"\"  kept blanks \"", "  kept blanks "},
+                                                       {"\"a\" b", "\"a\" b"},
+                                                       {"\"open", "\"open"},
+                                                       {"", ""},
+                                                       {"\"\"", ""}};
+  for (const auto& [rest, text] : cases) {
+    Args args(rest);
+    EXPECT_EQ(args.Rest(), text) << rest;
     EXPECT_TRUE(args.Empty());
   }
-}
-
-TEST(ArgsTest, EndRejectsLeftoverWords) {
-  Args args("Yes \"and more\"");
-  EXPECT_EQ(args.Word("answer"), "Yes");
-  try {
-    args.End();
-    ADD_FAILURE() << "no error";
-  } catch (const Error& e) {
-    EXPECT_STREQ(e.what(), "unexpected argument 'and more'");
-  }
-  Args done("word");
-  done.Word("w");
-  EXPECT_NO_THROW(done.End());
 }
 
 }  // namespace

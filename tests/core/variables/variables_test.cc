@@ -1,14 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
-#include "test_support.h"
+#include "fixtures.h"
 #include "variables/frm_variables.h"
 #include "variables/variable_commands.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
 
 struct Slot {
   std::string caption, type, name;
@@ -19,12 +17,6 @@ Slot Get(const frmVariables& store, int slot) {
   Slot s;
   store.GetVariable(slot, s.caption, s.type, s.name);
   return s;
-}
-
-std::vector<std::string> Entries(const ui::ComboBox& combo) {
-  std::vector<std::string> texts;
-  for (const auto& e : combo.Entries()) texts.push_back(e.text);
-  return texts;
 }
 
 TEST(FrmVariablesTest, SlotsTypesAndClearing) {
@@ -41,29 +33,7 @@ TEST(FrmVariablesTest, SlotsTypesAndClearing) {
   for (int slot = 0; slot < kVariableSlots; ++slot) {
     EXPECT_EQ(Get(store, slot), (Slot{"", "Date", ""})) << slot;  // "Date", not empty
   }
-}
-
-TEST(FrmVariablesTest, HasVariablesNeedsNameAndCaption) {
-  struct Case {
-    const char* caption;
-    const char* type;
-    const char* name;
-    bool defined;
-  };
-  const Case cases[] = {{"Start:", "Date", "START", true},
-                        {"", "Date", "START", false},
-                        {"Start:", "Date", "", false},
-                        {"Start:", "", "START", true}};  // the type does not count
-  for (const Case& c : cases) {
-    frmVariables store;
-    store.SetVariable(2, c.caption, c.type, c.name);
-    EXPECT_EQ(store.HasVariables(), c.defined) << c.caption << "/" << c.name;
-  }
-}
-
-TEST(FrmVariablesTest, InputModeLocksDefinitions) {
-  frmVariables store;
-  store.InputMode(true);
+  store.InputMode(true);  // value entry: the definitions are locked
   EXPECT_EQ(store.width_twips, 8400);
   EXPECT_FALSE(store.cmbVariable[3].Enabled() || store.txtVariableName[0].Enabled() ||
                store.txtVariableCaption[1].Enabled());
@@ -73,44 +43,51 @@ TEST(FrmVariablesTest, InputModeLocksDefinitions) {
   EXPECT_TRUE(store.cmbVariable[3].Enabled() && store.txtVariableName[0].Enabled());
 }
 
+TEST(FrmVariablesTest, HasVariablesNeedsNameAndCaption) {
+  const struct {
+    const char *caption, *type, *name;
+    bool defined;
+  } cases[] = {{"Start:", "Date", "START", true},
+               {"", "Date", "START", false},
+               {"Start:", "Date", "", false},
+               {"Start:", "", "START", true}};  // the type does not count
+  for (const auto& c : cases) {
+    frmVariables store;
+    store.SetVariable(2, c.caption, c.type, c.name);
+    EXPECT_EQ(store.HasVariables(), c.defined) << c.caption << "/" << c.name;
+  }
+}
+
 TEST(VariableCommandsTest, StartEndBoxFillsAndEmptiesSlotsZeroAndOne) {
   HeadlessEditor h;
+  h->txtData1LV.AddItem("stale");
+  FillVariableChoices(*h);  // no defined slot: only the empty entry
+  EXPECT_EQ(Entries(h->txtData1LV), Names{""});
+  EXPECT_EQ(Entries(h->txtData2LV), Names{""});
+
   frmVariables& store = h->Variables();
   store.SetVariable(0, "Mine:", "Text", "MINE");
   store.SetVariable(2, "Two:", "Text", "TWO");
-  store.SetVariable(3, "", "Check", "THREE");
-
+  store.SetVariable(3, "", "Check", "THREE");  // no caption, still offered
   h->chkStartEnd.UserClick();
-  const Slot start{"Start Date:", "Date", "START_DATE"};
-  const Slot end{"End Date:", "Date", "END_DATE"};
+  const Slot start{"Start Date:", "Date", "START_DATE"}, end{"End Date:", "Date", "END_DATE"};
   EXPECT_EQ(Get(store, 0), start);
   EXPECT_EQ(Get(store, 1), end);
   EXPECT_EQ(Get(store, 2), (Slot{"Two:", "Text", "TWO"}));
   EXPECT_EQ(Entries(h->txtData1LV),
-            (std::vector<std::string>{"", "<$START_DATE>", "<$END_DATE>", "<$TWO>", "<$THREE>"}));
-
+            (Names{"", "<$START_DATE>", "<$END_DATE>", "<$TWO>", "<$THREE>"}));
   // Setting it again by code rewrites the same values.
   store.SetVariable(1, "Other:", "Text", "OTHER");
   h->chkStartEnd.SetValue(0);
   h->chkStartEnd.SetValue(1);
   EXPECT_EQ(Get(store, 1), end);
-
   // Clearing empties both slots, whatever they held.
   store.SetVariable(0, "Custom:", "Deal", "CUSTOM");
   h->chkStartEnd.UserClick();
   EXPECT_EQ(Get(store, 0), (Slot{"", "", ""}));
   EXPECT_EQ(Get(store, 1), (Slot{"", "", ""}));
   EXPECT_EQ(Get(store, 3), (Slot{"", "Check", "THREE"}));
-  EXPECT_EQ(Entries(h->txtData2LV), (std::vector<std::string>{"", "<$TWO>", "<$THREE>"}));
-}
-
-TEST(VariableCommandsTest, FillVariableChoicesWithoutVariables) {
-  HeadlessEditor h;
-  h->txtData1LV.AddItem("stale");
-  h->txtData1LV.SetText("typed");
-  FillVariableChoices(*h);
-  EXPECT_EQ(Entries(h->txtData1LV), (std::vector<std::string>{""}));
-  EXPECT_EQ(Entries(h->txtData2LV), (std::vector<std::string>{""}));
+  EXPECT_EQ(Entries(h->txtData2LV), (Names{"", "<$TWO>", "<$THREE>"}));
 }
 
 TEST(VariableCommandsTest, EditVariablesOpensTheStoreInDefinitionMode) {
@@ -119,7 +96,7 @@ TEST(VariableCommandsTest, EditVariablesOpensTheStoreInDefinitionMode) {
   bool shown = false;
   h.dialogs.SetDriver([&](ui::Form& form) {
     shown = true;
-    ASSERT_EQ(&form, &h->Variables());
+    EXPECT_EQ(&form, &h->Variables());
     EXPECT_TRUE(form.Visible());
     EXPECT_FALSE(h->Variables().InValueEntryMode());
     EXPECT_TRUE(h->Variables().txtVariableName[0].Enabled());
@@ -133,4 +110,4 @@ TEST(VariableCommandsTest, EditVariablesOpensTheStoreInDefinitionMode) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

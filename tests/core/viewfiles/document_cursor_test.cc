@@ -5,16 +5,12 @@
 #include "base/error.h"
 #include "fixtures.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::FilesIn;
-using testing::TempDir;
 
 TEST(DocumentCursorTest, KeepsCommentsAsSiblingsAndDropsBlankText) {
   DocumentCursor doc;
-  ASSERT_TRUE(doc.LoadText(
-      "<R>\n  <A>1</A>\n  <!-- note -->\n  <?pi x?>\n  <B>  two  </B>\n</R>"));
+  ASSERT_TRUE(doc.LoadText("<R>\n  <A>1</A>\n  <!-- note -->\n  <?pi x?>\n  <B>  two  </B>\n</R>"));
   XmlNode a = doc.Root().first_child();
   ASSERT_EQ(std::string(a.name()), "A");
   EXPECT_EQ(NextSibling(a).type(), pugi::node_comment);
@@ -124,4 +120,4 @@ TEST(DocumentCursorTest, HostileFilesNeitherCrashNorThrow) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

@@ -4,10 +4,8 @@
 
 #include "fixtures.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
 
 // Records are found by walking them; what is found must be what the path
 // expression "./Profiles/Profile[Name='...']" selects: the first of equal
@@ -22,7 +20,7 @@ TEST(ProfileRecordTest, WalkFindsWhatTheExpressionSelects) {
       "<Profile><Name>Bob's</Name></Profile>"
       "</Profiles><Profiles><Profile><Name>Second Section</Name></Profile>"
       "<Profile><Name>Alias</Name><SortBy>later</SortBy></Profile></Profiles></Views>",
-      "", testing::kSetup);
+      "", kSetup);
   const XmlNode root = h->ViewsDoc.Root();
   for (const char* name : {"Split Name", "First", "Alias", "Deep", "Second Section", "NotAProfile",
                            "Split", "", "Bob's", "x' or 'a'='a"}) {
@@ -41,7 +39,7 @@ TEST(ProfileRecordTest, WalkFindsWhatTheExpressionSelects) {
 
 TEST(ProfileRecordTest, EachFileIsSearchedOnItsOwnAndReloadsDropTheRecord) {
   HeadlessEditor h;
-  h.Open(testing::kViews, testing::kDefaults, testing::kSetup);
+  h.Open(kViews, kDefaults, kSetup);
   XmlNode sys = SelectProfile(*h, "All Accounts");
   ASSERT_TRUE(sys);
   EXPECT_EQ(h->CurrentProfileNode(), sys);
@@ -53,7 +51,10 @@ TEST(ProfileRecordTest, EachFileIsSearchedOnItsOwnAndReloadsDropTheRecord) {
   ASSERT_TRUE(SelectProfileCustom(*h, "Mine"));
   h->ViewsDoc.Load(h->ViewsPath);
   EXPECT_FALSE(h->CurrentProfileNode());  // the old handle is not handed out
+  ASSERT_TRUE(SelectProfileCustom(*h, "Mine"));
+  h->ViewsDoc.Reset();
+  EXPECT_FALSE(h->CurrentProfileNode());
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing

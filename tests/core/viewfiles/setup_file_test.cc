@@ -2,21 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "fixtures.h"
 #include "viewfiles/profile_record.h"
 
-namespace cvve {
+namespace cvve::testing {
 namespace {
-
-using testing::HeadlessEditor;
-using testing::kSetup;
-using Names = std::vector<std::string>;
 
 TEST(SetupFileTest, DataSetsTakeEverySiblingAndChoosingOneRebuildsTheColumns) {
   HeadlessEditor h;
-  h.Open("", "", kSetup);
-  EXPECT_EQ(testing::Entries(h->cmbDataSet), (Names{"Accounts", "Inventory", "", "NoFilters",
-                                          "EmptyFilters"}));  // "": the comment
+  const std::string at = "<DataSet><Name>NoFilters";
+  h.Open("", "", ReplaceAll(kSetup, at, "<!-- between data sets -->" + at));
+  EXPECT_EQ(Entries(h->cmbDataSet),
+            (Names{"Accounts", "Inventory", "", "NoFilters", "EmptyFilters"}));  // "": the comment
   EXPECT_EQ(h->cmbDataSet.ListIndex(), 0);
   EXPECT_EQ(h->DataSetSQL,
             "SELECT %FIELDLIST% FROM ACCTS WHERE %WHERELIST% %GROUPING% %ORDERLIST%");
@@ -84,7 +82,7 @@ TEST(SetupFileTest, ColumnLookups) {
 
 TEST(SetupFileTest, ProfileWritersCopyTabsAndColumnDefinitions) {
   HeadlessEditor h;
-  h.Open(testing::kViews, "", kSetup);
+  h.Open(kViews, "", kSetup);
   auto& tabs = h->lstvwTabs;
   ASSERT_EQ(tabs.ItemCount(), 4);
   EXPECT_EQ(tabs.Item(4).key, "T5");
@@ -121,4 +119,4 @@ TEST(SetupFileTest, ProfileWritersCopyTabsAndColumnDefinitions) {
 }
 
 }  // namespace
-}  // namespace cvve
+}  // namespace cvve::testing
