@@ -49,7 +49,7 @@ void AddScreenshotOption(CLI::App& command) {
   command.add_option("--screenshot-select", ScreenshotNode(), "Select this node first")->group("");
 }
 
-const char* EntryName(EntryMethod method) {
+[[maybe_unused]] const char* EntryName(EntryMethod method) {
   switch (method) {
     case EntryMethod::kAcct:
       return "AcctViewEdit";
@@ -67,7 +67,8 @@ const char* EntryName(EntryMethod method) {
 
 // The setup file the entry method will read, for the warning about a folder
 // that lacks it ("" when the method names none).
-std::string SetupFileOf(EntryMethod method, const std::vector<std::string>& files) {
+[[maybe_unused]] std::string SetupFileOf(EntryMethod method,
+                                         const std::vector<std::string>& files) {
   switch (method) {
     case EntryMethod::kAcct:
       return "viewsetup.xml";
