@@ -41,41 +41,6 @@ TEST(DemoDatabaseTest, TablesHangTogether) {
   for (const char* sql : orphans) EXPECT_EQ(SqlValue(db, sql), "0") << sql;
 }
 
-TEST(DemoDatabaseTest, StatusesAndDatesAreSpreadAroundTheDemoDay) {
-  const std::string db = SmallDatabase();
-  // Each query is 1 when the data is as the demo filters and reports need it.
-  const char* facts[] = {
-      "SELECT COUNT(DISTINCT Status) = 4 FROM ACCTS WHERE Status IN ('A', 'P', 'C', 'R')",
-      // Active accounts: current ones and late ones in every bucket the demo filters use.
-      "SELECT SUM(DaysLate=0) AND SUM(DaysLate BETWEEN 1 AND 30) AND "
-      "SUM(DaysLate BETWEEN 31 AND 60) AND SUM(DaysLate>60) FROM ACCTS WHERE Status='A'",
-      // Lateness agrees with the next due date and the demo day.
-      "SELECT COUNT(*) = 0 FROM ACCTS WHERE Status='A' AND DaysLate <> "
-      "MAX(0, CAST(julianday('2026-03-16') - julianday(Next_Pmt_Due) AS INTEGER))",
-      "SELECT MIN(OpenDate) >= '2022-06-01' AND MAX(OpenDate) <= '2026-03-16' FROM ACCTS",
-      "SELECT COUNT(*) = 0 FROM ACCTS WHERE Balance < 0 OR PayoffAmt < Balance",
-      "SELECT COUNT(*) = 0 FROM ACCTS WHERE Status='P' AND Balance <> 0",
-      "SELECT COUNT(*) = 0 FROM PTP WHERE Kept='P' AND PromiseDate < '2026-03-16'",
-      "SELECT COUNT(*) > 0 FROM ACCT_HISTORY WHERE TransDate >= '2026-03-01'",
-      "SELECT COUNT(DISTINCT Make) >= 8 FROM INV_INFO",
-      "SELECT group_concat(DISTINCT Collector) = 'alice,bob,carol,dave,erin' FROM "
-      "(SELECT Collector FROM ACCTS ORDER BY Collector)",
-  };
-  for (const char* sql : facts) EXPECT_EQ(SqlValue(db, sql), "1") << sql;
-
-  // Another day moves the dates.
-  TempFolder folder;
-  DemoDatabaseOptions options;
-  options.accounts = 50;
-  options.today = "2026-11-20";
-  options.schema_path = std::string(CVVE_DEMO_DIR) + "/schema.sql";
-  GenerateDemoDatabase(folder.Path("later.db"), options);
-  EXPECT_EQ(SqlValue(folder.Path("later.db"),
-                     "SELECT MAX(OpenDate) <= '2026-11-20' AND MAX(OpenDate) > '2026-03-16' "
-                     "FROM ACCTS"),
-            "1");
-}
-
 TEST(DemoDatabaseTest, BadInputLeavesNoFile) {
   TempFolder folder;
   const std::string path = folder.Path("x.db");

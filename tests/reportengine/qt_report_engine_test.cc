@@ -191,21 +191,5 @@ TEST_F(ViewEditCommandTest, ReportOutputsAndExitCodes) {
   EXPECT_GT(QFile(QString::fromStdString(pdf)).size(), 1000);
 }
 
-TEST_F(ViewEditCommandTest, DemoDbIsDeterministic) {
-  const std::string a = folder_.Path("a.db");
-  const std::string b = folder_.Path("b.db");
-  std::string output;
-  ASSERT_EQ(Run("demo-db --accounts 150 --seed 3 --out '" + a + "'", &output), 0) << output;
-  ASSERT_EQ(Run("demo-db --accounts 150 --seed 3 --out '" + b + "'", &output), 0) << output;
-  EXPECT_NE(output.find("150 accounts"), std::string::npos) << output;
-  const std::string digest =
-      "SELECT group_concat(AcctNum || Status || Balance || Collector, ',') FROM ACCTS";
-  EXPECT_EQ(SqlValue(a, digest), SqlValue(b, digest));
-  EXPECT_EQ(SqlValue(a, "SELECT COUNT(*) FROM ACCTS"), "150");
-  ASSERT_EQ(Run("demo-db --accounts 150 --seed 4 --out '" + b + "'", &output), 0) << output;
-  EXPECT_NE(SqlValue(a, digest), SqlValue(b, digest));
-  EXPECT_EQ(Run("demo-db --today 2026-02-30x --out '" + b + "'", &output), 1);
-}
-
 }  // namespace
 }  // namespace cvve::reportengine

@@ -106,26 +106,6 @@ TEST_F(ValueEditorsTest, PointerPositionIsRoundedThenCutToPixels) {
   EXPECT_TRUE(h->txtData1LV.Visible());
 }
 
-TEST_F(ValueEditorsTest, TypingGoesIntoTheCellAtOnceAndEnterOrEscapeClose) {
-  for (int key : {kKeyEscape, kKeyEnter}) {
-    SCOPED_TRACE(key);
-    Click(kData2X, 2);
-    EXPECT_EQ(txtDataLV_KeyPress(*h, 2, key), 0);  // swallowed
-    EXPECT_EQ(txtDataLV_KeyPress(*h, 2, 'x'), 'x');
-    h->txtData2LV.SetText("4");
-    h->txtData2LV.SetText("45");
-    EXPECT_EQ(Cell(2, 2), "45");
-    txtDataLV_KeyDown(*h, 2, 'A');  // other keys down do nothing
-    EXPECT_TRUE(h->txtData2LV.Visible());
-    txtDataLV_KeyDown(*h, 2, key);
-    EXPECT_EQ(Cell(2, 2), "45");
-    EXPECT_EQ(Cell(2, 1), "01/01/2020");
-    EXPECT_FALSE(h->txtData2LV.Visible());
-    EXPECT_TRUE(h->lstFilters.Enabled());  // the hidden box lost the focus
-  }
-  EXPECT_FALSE(h->ProfileChanged);
-}
-
 TEST_F(ValueEditorsTest, ChoosingAVariableMarkerPutsItIntoTheCell) {
   for (const char* entry : {"", "<$START_DATE>", "<$END_DATE>"}) h->txtData1LV.AddItem(entry);
   Click(kData1X, 2);

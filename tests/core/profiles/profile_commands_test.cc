@@ -236,20 +236,6 @@ TEST(ReportFilePairTest, NewCopyRenameAndDeleteKeepProfileDocumentAndDefinitionI
   EXPECT_EQ(TagOf(h, "Renamed"), "(none)");
 }
 
-TEST(RenameProfileTest, SystemProfilesKeepTheirNamesInViewMode) {
-  for (const char* name : {"All Accounts", "Past Due"}) {
-    SCOPED_TRACE(name);
-    HeadlessEditor h;
-    OpenFileSet(h, name);
-    h.prompter.ClearShown();
-    h->cmdEditProfile.Click();
-    ASSERT_EQ(h.prompter.Shown().size(), 1u);  // no name is asked for
-    EXPECT_EQ(Box(h.prompter.Shown()[0]),
-              Box("Edit Name", "OK", "exclamation",
-                  "This is a system profile.  The profile name may not be changed."));
-  }
-}
-
 TEST(RenameProfileTest, EveryRecordOfTheNameIsRenamed) {
   // Only a report escapes the system-profile rule with two records of one
   // name: in a views file the second one marks the name as customised.

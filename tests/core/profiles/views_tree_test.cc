@@ -206,38 +206,6 @@ TEST(ReportTreeTest, ListsCvxFilesSortedAndLoadsTheChosenOne) {
   EXPECT_TRUE(h.Messages().empty());
 }
 
-TEST_F(ViewsTreeTest, SaveQuestionOnSelection) {
-  const ui::NodeId loose = tree().FindKey("Loose"), mine = tree().FindKey("Mine");
-  tree().UserSelect(mine);
-  h->chkTotals.UserClick();
-  ASSERT_TRUE(h->ProfileChanged);
-  h.prompter.ClearShown();
-  // Cancel: nothing loaded, the change stays.
-  h.prompter.QueueAnswer(ui::Answer::kCancel);
-  tree().UserSelect(loose);
-  ASSERT_EQ(h.prompter.Shown().size(), 1u);
-  EXPECT_EQ(Box(h.prompter.Shown()[0]),
-            Box("Save Changes", "YesNoCancel", "question",
-                "You have made changes to this profile.  Would you like to save these changes?"));
-  EXPECT_EQ(h->txtCurrProf.Text(), "Mine");
-  EXPECT_TRUE(h->ProfileChanged);
-  EXPECT_EQ(h->chkTotals.Value(), 1);
-  // No: loads the other profile without saving.
-  h.prompter.QueueAnswer(ui::Answer::kNo);
-  tree().UserSelect(loose);
-  EXPECT_EQ(h->txtCurrProf.Text(), "Loose");
-  EXPECT_FALSE(h->ProfileChanged);
-  EXPECT_EQ(ChildText(SelectProfileCustom(*h, "Mine"), "DoTotals"), "");
-  // Yes: saves the profile on screen, then loads the chosen one.
-  tree().UserSelect(mine);
-  h->chkTotals.UserClick();
-  h.prompter.QueueAnswer(ui::Answer::kYes);
-  tree().UserSelect(loose);
-  EXPECT_EQ(h->txtCurrProf.Text(), "Loose");
-  EXPECT_FALSE(h->ProfileChanged);
-  EXPECT_EQ(ChildText(SelectProfileCustom(*h, "Mine"), "DoTotals"), "1");
-}
-
 TEST_F(ViewsTreeTest, FolderAndNoNodeSelections) {
   tree().UserSelect(tree().FindKey("Mine"));
   tree().UserSelect(tree().FindKey("ROOT1"));

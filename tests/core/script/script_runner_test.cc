@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "base/text.h"
@@ -42,13 +41,6 @@ struct ScriptRunnerTest : ::testing::Test {
       const std::string error = Run(script, opened);
       EXPECT_TRUE(StartsWith(error, "line " + std::to_string(line) + ": " + reason)) << error;
     }
-  }
-  // The JSON values the script printed, one after another.
-  std::vector<nlohmann::json> Printed() {
-    std::vector<nlohmann::json> values;
-    std::istringstream in(out.str());
-    for (nlohmann::json value; (in >> std::ws).peek() != EOF; values.push_back(value)) in >> value;
-    return values;
   }
   testing::TempDir dir;
   DefaultHostServices host;
@@ -139,136 +131,6 @@ TEST_F(ScriptRunnerTest, AFailureOrTheEndClosesTheEditorWithoutSaving) {
   EXPECT_FALSE(runner.Editor()->Visible() || runner.Editor()->Variables().Visible());
   EXPECT_EQ(runner.Editor()->Variables().txtVariableName[3].Text(), "LEFT");
   EXPECT_EQ(dir.Read("views.xml"), before);
-}
-
-TEST_F(ScriptRunnerTest, SavesThroughTheQuestionAndAnOkMessageLeavesAQueuedYes) {
-  EXPECT_EQ(Run("select tvwViews Mine\n"
-                "click chkTotals\n"
-                "expect /ProfileChanged true\n"
-                "answer Yes\n"
-                "click cmdOK\n"
-                "expect /editorOpen false\n"
-                "expect /lastMessage/answer Yes\n"
-                "file views.xml\n"),
-            "");
-  EXPECT_NE(dir.Read("views.xml").find("<DoTotals>1</DoTotals>"), std::string::npos);
-  EXPECT_NE(out.str().find("<DoTotals>1</DoTotals>"), std::string::npos);  // `file` printed it
-  // Deleting a system profile first says so (OK only), then asks (Yes/No).
-  EXPECT_EQ(Run("messages clear\n"
-                "answer Yes\n"
-                "click cmdDeleteProfile\n"
-                "expect /messages/0/buttons OK\n"
-                "expect /messages/0/answer OK\n"
-                "expect /messages/1/text \"Are you sure you want to delete the profile 'All "
-                "Accounts'?\"\n"
-                "expect /messages/1/answer Yes\n"
-                "click cmdCancel\n"),
-            "");
-}
-
-TEST_F(ScriptRunnerTest, DialogsTakeTheFollowingLinesAndValueEditorsLoseFocusToTheNextControl) {
-  EXPECT_EQ(Run("select tvwViews Loose\n"
-                "click cmdEditVariables\n"
-                "expect /frmVariables/inputMode false\n"
-                "set frmVariables 2 caption \"Min Balance:\"\n"
-                "set frmVariables 2 type Text\n"
-                "set frmVariables 2 name MIN_BAL\n"
-                "click cmdOK\n"  // the dialog's OK, which is in front
-                "expect /frmVariables/visible false\n"
-                "expect /frmVariables/slots/2 {\"caption\":\"Min Balance:\",\"type\":\"Text\","
-                "\"name\":\"MIN_BAL\",\"value\":\"\"}\n"
-                "cell lstFilters 2 Data2\n"
-                "expect /controls/txtData2LV/text 12/31/2020\n"
-                "type 2025-06-30\n"
-                "check lstFilters 1 on\n"  // takes the focus: the box goes
-                "expect /controls/txtData2LV/visible false\n"
-                "expect /controls/lstFilters/items/1/cells/Data2 2025-06-30\n"
-                "cell lstFilters 1 Data1\n"
-                "type 45\n"
-                "key Escape\n"
-                "expect /controls/lstFilters/items/0/cells/Data1 \"45\"\n"
-                "expect /controls/lstFilters/items/0/colors "
-                "{\"Data1\":\"#FFFFC0\",\"Data2\":null}\n"
-                "expect /editorOpen true\n"
-                "click cmdCancel\n"),
-            "");
-}
-
-TEST_F(ScriptRunnerTest, StateMessagesAndSqlPrintJson) {
-  ASSERT_EQ(Run("state\nstate cmbSort(0)\nsql\n"
-                "input \n"  // an empty answer ends New without creating anything
-                "click cmdNewProfile\nmessages\nmessages clear\nmessages\nclick cmdCancel\n"),
-            "");
-  const auto printed = Printed();
-  ASSERT_EQ(printed.size(), 5u) << out.str();
-  const auto& state = printed[0];
-  // Every control of the editor, under its own name.
-  EXPECT_EQ(state["controls"].size(), 40u);
-  for (const char* name : {"tvwViews", "cmdMove(1)", "cmbSortASCDESC(0)", "txtData2LV",
-                           "chkStartEnd", "cmdPreviewReport", "fraInstructions"}) {
-    EXPECT_TRUE(state["controls"].contains(name)) << name;
-  }
-  for (const char* key :
-       {"ReportMode", "ProfileChanged", "ViewsPath", "DefaultsPath", "SetupPath", "DataSetSQL",
-        "Data1Column", "Data2Column", "CurrentProfileName", "FilterErrorShown", "frmVariables",
-        "frmAcctViewAdvanced", "notice", "waitCursor"}) {
-    EXPECT_TRUE(state.contains(key)) << key;
-  }
-  EXPECT_EQ(state["ViewsPath"], dir.Path().string() + "/views.xml");
-  EXPECT_EQ(state["controls"]["tvwViews"]["selected"], "All Accounts");
-  EXPECT_EQ(state["controls"]["lstFilters"]["items"][1]["cells"]["Param2"], "to");
-  EXPECT_EQ(printed[1]["text"], "Account");
-  EXPECT_EQ(printed[1]["items"], nlohmann::json::parse(R"(["Account","Balance"])"));
-
-  const auto& sql = printed[2];
-  EXPECT_EQ(sql["fieldList"], "ACCTS.AcctNum,ACCTS.Balance");
-  EXPECT_EQ(sql["whereList"],
-            "(ACCTS.Status='B') AND (ACCTS.Due BETWEEN '01/01/2020' AND '06/30/2020')");
-  EXPECT_EQ(sql["viewSQL"], "CQ:SELECT ACCTS.AcctNum,ACCTS.Balance FROM ACCTS WHERE " +
-                                sql["whereList"].get<std::string>() +
-                                "   ORDER BY ACCTS.AcctNum ASC, ACCTS.AcctNum ASC");
-  EXPECT_TRUE(sql["reportSQL"].is_string());
-
-  ASSERT_EQ(printed[3].size(), 1u);
-  EXPECT_EQ(printed[3][0]["kind"], "inputbox");
-  EXPECT_EQ(printed[3][0]["title"], "New Profile");
-  EXPECT_EQ(printed[3][0]["answer"], "");
-  EXPECT_EQ(printed[3][0]["queued"], true);
-  EXPECT_EQ(printed[4], nlohmann::json::array());
-}
-
-TEST_F(ScriptRunnerTest, PreviewAsksForTheValuesAndRecordsTheReportShown) {
-  testing::FakeEngine engine;
-  engine.variables = {"$START_DATE", "$END_DATE"};
-  engine.pages = 3;
-  ScriptRunner previewing(host, out, &engine);
-  previewing.Run(
-      "open edit views.xml defs.xml setup.xml\n"
-      "select tvwViews Loose\n"
-      "click chkStartEnd\n"
-      "click cmdPreviewReport\n"
-      "expect /frmVariables/visible true\n"
-      "expect /frmVariables/inputMode true\n"
-      "set frmVariables 0 value 2026-01-01\n"
-      "set frmVariables 1 value 2026-01-31\n"
-      "click cmdOK\n"
-      "expect /previews/0/pages 3\n"
-      "expect /previews/0/file \"${VIEWS}/views.xml\"\n"
-      "expect /previews/0/variables {\"$START_DATE\":\"2026-01-01\",\"$END_DATE\":"
-      "\"2026-01-31\"}\n"
-      "click cmdCancel\n");
-  EXPECT_EQ(engine.log.shown, 1);
-  EXPECT_TRUE(engine.log.own_result);  // the viewer got the engine's result, not a wrapper
-  // In value entry the definitions are read-only.
-  try {
-    previewing.Run(
-        "open edit views.xml defs.xml setup.xml\nselect tvwViews Loose\n"
-        "click chkStartEnd\nclick cmdPreviewReport\n"
-        "set frmVariables 0 caption Other\n");
-    ADD_FAILURE() << "no error";
-  } catch (const ScriptError& e) {
-    EXPECT_STREQ(e.what(), "line 5: txtVariableCaption(0) is disabled");
-  }
 }
 
 }  // namespace
