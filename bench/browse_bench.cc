@@ -58,10 +58,10 @@ const FileSet& OpenSet(int profiles) {
   static std::map<int, FileSet> sets;
   auto it = sets.find(profiles);
   if (it == sets.end()) {
-    FileSetSpec spec;
-    spec.profiles = profiles;
+    FileSetShape shape;
+    shape.profiles = profiles;
     it = sets.emplace(profiles,
-                      WriteFileSet(TheScratch().Folder("open" + std::to_string(profiles)), spec))
+                      WriteFileSet(TheScratch().Folder("open" + std::to_string(profiles)), shape))
              .first;
   }
   return it->second;
@@ -152,14 +152,14 @@ BENCHMARK(BM_OpenFileSet)
 // entries are applied.
 void BM_SwitchProfile(benchmark::State& state) {
   static const FileSet set = [] {
-    FileSetSpec spec;
-    spec.profiles = 200;
-    spec.data_sets = 2;
-    spec.columns = 200;
-    spec.filters = 300;
-    spec.used_columns = 200;
-    spec.saved_filters = 300;
-    return WriteFileSet(TheScratch().Folder("switch"), spec);
+    FileSetShape shape;
+    shape.profiles = 200;
+    shape.data_sets = 2;
+    shape.columns = 200;
+    shape.filters = 300;
+    shape.used_columns = 200;
+    shape.saved_filters = 300;
+    return WriteFileSet(TheScratch().Folder("switch"), shape);
   }();
   HeadlessEditor h(set);
   h.ed->SetReportMode(0);

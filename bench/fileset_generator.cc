@@ -18,12 +18,12 @@ int Every(double share) {
   return share <= 0 ? 0 : std::max(1, static_cast<int>(std::lround(1 / share)));
 }
 
-int SystemCount(const FileSetSpec& spec) {
-  return spec.profiles - static_cast<int>(std::lround(spec.profiles * spec.views_share));
+int SystemCount(const FileSetShape& shape) {
+  return shape.profiles - static_cast<int>(std::lround(shape.profiles * shape.views_share));
 }
 
-bool IsCustomised(const FileSetSpec& spec, int index) {
-  int every = Every(spec.customised_share);
+bool IsCustomised(const FileSetShape& shape, int index) {
+  int every = Every(shape.customised_share);
   return every > 0 && index % every == 0;
 }
 
@@ -58,19 +58,19 @@ void ColumnDefinition(std::string& out, int d, int c) {
   out += "</Column>";
 }
 
-void Profile(std::string& out, const FileSetSpec& spec, int index, Kind kind) {
-  const int data_set = index % spec.data_sets;
-  const int columns = std::max(1, spec.columns);
-  const int used = std::min(spec.used_columns, columns);
+void Profile(std::string& out, const FileSetShape& shape, int index, Kind kind) {
+  const int data_set = index % shape.data_sets;
+  const int columns = std::max(1, shape.columns);
+  const int used = std::min(shape.used_columns, columns);
   const int first_column = (index * 7) % columns;
-  const int every_user_where = Every(spec.user_where_share);
+  const int every_user_where = Every(shape.user_where_share);
   const bool source = kind != Kind::kCustomisation;
 
   out += "<Profile>";
   Element(out, "Name", ProfileName(index));
   if (source) {
     Element(out, "DataSet", DataSetName(data_set));
-    Element(out, "AcctViewType", index % 97 == 5 ? "99" : std::to_string(index % spec.folders));
+    Element(out, "AcctViewType", index % 97 == 5 ? "99" : std::to_string(index % shape.folders));
     Element(out, "FilterType", "0");
     Element(out, "SQL",
             every_user_where > 0 && index % every_user_where == 1
@@ -100,12 +100,12 @@ void Profile(std::string& out, const FileSetSpec& spec, int index, Kind kind) {
   out += "<Columns>";
   for (int k = 0; k < used; ++k) ColumnDefinition(out, data_set, (first_column + k) % columns);
   out += "</Columns>";
-  Element(out, "Tabs", "1,3," + std::to_string(1 + index % std::max(1, spec.tabs)));
-  if (kind == Kind::kUser && spec.filters > 0) {
-    const int saved = std::min(spec.saved_filters, spec.filters);
+  Element(out, "Tabs", "1,3," + std::to_string(1 + index % std::max(1, shape.tabs)));
+  if (kind == Kind::kUser && shape.filters > 0) {
+    const int saved = std::min(shape.saved_filters, shape.filters);
     out += "<FilterChecks>";
     for (int k = 0; k < saved; ++k) {
-      const int f = (index + k) % spec.filters;
+      const int f = (index + k) % shape.filters;
       out += "<Filter>";
       Element(out, "Index", std::to_string(f + 1));
       Element(out, "Name", "Filter " + std::to_string(f + 1));
@@ -135,25 +135,25 @@ std::string ProfileName(int index) {
   return name;
 }
 
-std::string SetupText(const FileSetSpec& spec) {
+std::string SetupText(const FileSetShape& shape) {
   std::string out = "<?xml version=\"1.0\"?>\n<ViewSetup>\n<RootNodes>";
-  for (int i = 0; i < spec.folders; ++i) {
+  for (int i = 0; i < shape.folders; ++i) {
     out += "<Root>";
     Element(out, "Index", std::to_string(i));
     Element(out, "Name", "Folder " + std::to_string(i));
     out += "</Root>";
   }
   out += "<Root><Index>99</Index><Name>Hidden</Name></Root></RootNodes>\n<DataSets>\n";
-  for (int d = 0; d < spec.data_sets; ++d) {
+  for (int d = 0; d < shape.data_sets; ++d) {
     out += "<DataSet>";
     Element(out, "Name", DataSetName(d));
     Element(
         out, "SQL",
         "SELECT %FIELDLIST% FROM T" + std::to_string(d) + " WHERE 1=1 %ANDWHERELIST% %ORDERLIST%");
     out += "<Columns>";
-    for (int c = 0; c < spec.columns; ++c) ColumnDefinition(out, d, c);
+    for (int c = 0; c < shape.columns; ++c) ColumnDefinition(out, d, c);
     out += "</Columns>\n<Filters>";
-    for (int f = 0; f < spec.filters; ++f) {
+    for (int f = 0; f < shape.filters; ++f) {
       const int inputs = f % 3;
       out += "<Filter>";
       Element(out, "Name", "Filter " + std::to_string(f + 1));
@@ -162,7 +162,7 @@ std::string SetupText(const FileSetSpec& spec) {
       Element(out, "Label1", inputs ? "from" : "");
       Element(out, "Label2", inputs == 2 ? "to" : "");
       Element(out, "SQL",
-              SortField(d, f % std::max(1, spec.columns)) + (inputs == 2
+              SortField(d, f % std::max(1, shape.columns)) + (inputs == 2
                                                                  ? " BETWEEN %DATA1% AND %DATA2%"
                                                              : inputs == 1 ? " &gt; %DATA1%"
                                                                            : " IS NOT NULL"));
@@ -173,7 +173,7 @@ std::string SetupText(const FileSetSpec& spec) {
     out += "</Filters></DataSet>\n";
   }
   out += "</DataSets>\n<Tabs>";
-  for (int t = 1; t <= spec.tabs; ++t) {
+  for (int t = 1; t <= shape.tabs; ++t) {
     out += "<Tab>";
     Element(out, "Index", std::to_string(t));
     Element(out, "Name", "Tab " + std::to_string(t));
@@ -183,38 +183,38 @@ std::string SetupText(const FileSetSpec& spec) {
   return out;
 }
 
-std::string DefaultsText(const FileSetSpec& spec) {
+std::string DefaultsText(const FileSetShape& shape) {
   std::string out = "<?xml version=\"1.0\"?>\n<Views><Profiles>\n";
-  const int systems = SystemCount(spec);
-  for (int i = 0; i < systems; ++i) Profile(out, spec, i, Kind::kSystem);
+  const int systems = SystemCount(shape);
+  for (int i = 0; i < systems; ++i) Profile(out, shape, i, Kind::kSystem);
   out += "</Profiles></Views>\n";
   return out;
 }
 
-std::string ViewsText(const FileSetSpec& spec) {
+std::string ViewsText(const FileSetShape& shape) {
   std::string out = "<?xml version=\"1.0\"?>\n<Views><Profiles>\n";
-  const int systems = SystemCount(spec);
+  const int systems = SystemCount(shape);
   for (int i = 0; i < systems; ++i) {
-    if (IsCustomised(spec, i)) Profile(out, spec, i, Kind::kCustomisation);
+    if (IsCustomised(shape, i)) Profile(out, shape, i, Kind::kCustomisation);
   }
-  for (int i = systems; i < spec.profiles; ++i) Profile(out, spec, i, Kind::kUser);
+  for (int i = systems; i < shape.profiles; ++i) Profile(out, shape, i, Kind::kUser);
   out += "</Profiles></Views>\n";
   return out;
 }
 
-FileSet WriteFileSet(const std::string& folder, const FileSetSpec& spec) {
+FileSet WriteFileSet(const std::string& folder, const FileSetShape& shape) {
   namespace fs = std::filesystem;
   fs::create_directories(folder);
   FileSet set;
   set.folder = folder;
-  WriteText(fs::path(folder) / set.setup, SetupText(spec));
-  WriteText(fs::path(folder) / set.defaults, DefaultsText(spec));
-  WriteText(fs::path(folder) / set.views, ViewsText(spec));
-  for (int u = 0; u < spec.users; ++u) set.users.push_back("user" + std::to_string(u));
-  const int systems = SystemCount(spec);
-  if (systems < spec.profiles) set.user_profile = ProfileName(systems);
+  WriteText(fs::path(folder) / set.setup, SetupText(shape));
+  WriteText(fs::path(folder) / set.defaults, DefaultsText(shape));
+  WriteText(fs::path(folder) / set.views, ViewsText(shape));
+  for (int u = 0; u < shape.users; ++u) set.users.push_back("user" + std::to_string(u));
+  const int systems = SystemCount(shape);
+  if (systems < shape.profiles) set.user_profile = ProfileName(systems);
   if (systems > 1) set.system_profile = ProfileName(1);
-  if (systems > 0 && IsCustomised(spec, 0)) set.customised_profile = ProfileName(0);
+  if (systems > 0 && IsCustomised(shape, 0)) set.customised_profile = ProfileName(0);
   return set;
 }
 

@@ -2,14 +2,14 @@
 // Generator of large file sets for the benchmarks: a setup file with folders,
 // data sets (each with C columns and F filters) and tabs, a defaults file with
 // system profiles and a views file with user profiles and customisations, in
-// the formats the editor reads. Deterministic: the same spec gives the same
+// the formats the editor reads. Deterministic: the same shape gives the same
 // files.
 #include <string>
 #include <vector>
 
 namespace cvve::bench {
 
-struct FileSetSpec {
+struct FileSetShape {
   int profiles = 10000;            // distinct profile names, split between the two files
   double views_share = 0.5;        // share of them that are user profiles (views file only)
   double customised_share = 0.1;   // share of system profiles also customised in the views file
@@ -40,11 +40,11 @@ std::string ProfileName(int index);
 
 // Writes the three files into `folder` (created when missing). Throws
 // std::runtime_error when a file cannot be written.
-FileSet WriteFileSet(const std::string& folder, const FileSetSpec& spec);
+FileSet WriteFileSet(const std::string& folder, const FileSetShape& shape);
 
 // The texts WriteFileSet writes, for callers that want them in memory.
-std::string SetupText(const FileSetSpec& spec);
-std::string DefaultsText(const FileSetSpec& spec);
-std::string ViewsText(const FileSetSpec& spec);
+std::string SetupText(const FileSetShape& shape);
+std::string DefaultsText(const FileSetShape& shape);
+std::string ViewsText(const FileSetShape& shape);
 
 }  // namespace cvve::bench

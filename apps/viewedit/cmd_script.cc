@@ -22,7 +22,6 @@ namespace {
 
 struct ScriptArguments {
   std::string file;
-  std::string user_where = "1=1";
 };
 
 #if CVVE_WITH_QT
@@ -76,7 +75,7 @@ int RunScript(const ScriptArguments& args, const HostOptions& options) {
   }
   cvve::DefaultHostServices host = MakeHost(options);
 #if CVVE_WITH_QT
-  LazyPreviewEngine reports({options.database, args.user_where});
+  LazyPreviewEngine reports({options.database, options.user_where});
   cvve::script::ScriptRunner runner(host, std::cout, &reports);
 #else
   cvve::script::ScriptRunner runner(host, std::cout);
@@ -102,13 +101,7 @@ void RegisterScriptCommand(CLI::App& app, HostOptions& options) {
       "docs/script.md. Exit codes: 0 done, 1 a script line failed, 2 the script could not start.");
   command->add_option("FILE", args->file, "The script; - reads it from stdin")->required();
   AddHostOptions(*command, options);
-  command->add_option("--database", options.database,
-                      "The database previews run on (default: the demo database)");
-  command
-      ->add_option("--user-where", args->user_where,
-                   "The host's condition for the current user, put in for %USERWHERE% in "
-                   "previews")
-      ->capture_default_str();
+  AddReportDatabaseOptions(*command, options);
   command->callback([args, &options] {
     int code = 0;
     try {

@@ -16,6 +16,7 @@ struct HostOptions {
   std::string reports_folder;  // --reports-folder, default: the views folder
   std::string users;           // --users a,b,c (default: users.txt of the views folder)
   std::string database;        // --database URL for reports
+  std::string user_where = "1=1";  // --user-where: the current user's %USERWHERE% condition
 };
 
 enum class EntryMethod { kAcct, kInv, kEod, kReport, kEdit };
@@ -25,6 +26,8 @@ enum class EntryMethod { kAcct, kInv, kEod, kReport, kEdit };
 cvve::DefaultHostServices MakeHost(const HostOptions& options);
 // Adds --views-folder, --reports-folder and --users to a (sub-)command.
 void AddHostOptions(CLI::App& command, HostOptions& options);
+// Adds --database and --user-where, for commands that run reports.
+void AddReportDatabaseOptions(CLI::App& command, HostOptions& options);
 
 // Opens the editor window on a file set (files: VIEWS DEFAULTS SETUP for
 // kEdit) and returns the exit code; without a display it says how to run it

@@ -172,6 +172,11 @@ void frmAcctViewEdit::RefreshSelectedNode() {
   });
 }
 
+void frmAcctViewEdit::ShowError(const std::string& sentence, const std::exception& e) {
+  Prompt().MsgBox(sentence + kCrLf + kCrLf + Describe(e), ui::Buttons::kOk, ui::Icon::kCritical,
+                  "Error");
+}
+
 void frmAcctViewEdit::cmdOK_Click() {
   if (ProfileChanged) {
     ui::Answer answer = Prompt().MsgBox(
@@ -184,8 +189,7 @@ void frmAcctViewEdit::cmdOK_Click() {
         SaveProfile(*this);
       } catch (const std::exception& e) {
         ProfileChanged = true;
-        Prompt().MsgBox(std::string("Error in cmdOK_Click: ") + kCrLf + kCrLf + Describe(e),
-                        ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+        ShowError("Error in cmdOK_Click: ", e);
         return;
       }
       // A report whose files could not be written keeps the editor open
@@ -198,8 +202,7 @@ void frmAcctViewEdit::cmdOK_Click() {
       ViewsDoc.Save(ViewsPath);
     } catch (const std::exception& e) {
       // The old file is whole; say so and keep the editor open so nothing is lost.
-      Prompt().MsgBox(std::string("Error in cmdOK_Click: ") + kCrLf + kCrLf + Describe(e),
-                      ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+      ShowError("Error in cmdOK_Click: ", e);
       return;
     }
   }

@@ -5,6 +5,7 @@
 // control's events to them.
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ class frmAcctViewEdit : public ui::Form {
   // environment's (nullptr restores it): the statement pane builds statements
   // without showing their messages.
   void SetPrompterOverride(ui::Prompter* prompter) { prompter_override_ = prompter; }
+  // An operation's failure message: `sentence`, two line breaks and the
+  // failure's description, in an "Error" box with the critical icon and OK.
+  void ShowError(const std::string& sentence, const std::exception& e);
 
   // 0 view mode, anything else report mode. Writing rearranges the window.
   std::int16_t ReportMode() const { return report_mode_; }

@@ -24,12 +24,8 @@ constexpr int kUserProfile = 2;
 constexpr const char* kSaveChangesQuestion =
     "You have made changes to the current profile.  Would you like to save these changes?";
 
-void ShowError(frmAcctViewEdit& ed, const std::string& text) {
+void ShowErrorText(frmAcctViewEdit& ed, const std::string& text) {
   ed.Prompt().MsgBox(text, ui::Buttons::kOk, ui::Icon::kCritical, "Error");
-}
-
-std::string Described(const char* lead, const std::exception& e) {
-  return std::string(lead) + kCrLf + kCrLf + Describe(e);
 }
 
 // The kind in the selected tree node's tag (0 or 1 system, 2 user); a tag
@@ -160,7 +156,7 @@ void cmdNewProfile_Click(frmAcctViewEdit& ed) {
     ed.ProfileChanged = false;
     LoadViewsTree(ed, name);
   } catch (const std::exception& e) {
-    ShowError(ed, "Error in cmdNewProfile_click: " + Describe(e));
+    ShowErrorText(ed, "Error in cmdNewProfile_click: " + Describe(e));
   }
 }
 
@@ -185,7 +181,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
         } catch (const std::exception& e) {
           // The document stays the source report's.
           RenameRecords(ed.ViewsDoc, new_name, old_name);
-          ShowError(ed, Described("Error copying profile:", e));
+          ed.ShowError("Error copying profile:", e);
           return;
         }
         ed.ViewsPath = target.cvx;
@@ -194,7 +190,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
           CopyReportDefinition(source.cvr, target.cvr, new_name);
         } catch (const std::exception& e) {
           // The profile document is copied; its next save writes the definition.
-          ShowError(ed, Described("Error copying profile:", e));
+          ed.ShowError("Error copying profile:", e);
         }
       }
     } else {
@@ -203,7 +199,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       if (!source) source = SelectProfileCustom(ed, old_name);
       if (!source) {
         if (before) ed.SetCurrentProfileNode(before, OwnerOf(ed, before));
-        ShowError(ed, "Error copying profile:  Profile not found.");
+        ShowErrorText(ed, "Error copying profile:  Profile not found.");
         return;
       }
       // A system profile is copied from its defaults record, without the
@@ -216,7 +212,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
     }
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
-    ShowError(ed, Described("Error in cmdCopyProfile_Click: ", e));
+    ed.ShowError("Error in cmdCopyProfile_Click: ", e);
   }
 }
 
@@ -269,7 +265,7 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     if (!same_files) source.Remove();
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
-    ShowError(ed, Described("Error in cmdEditProfile_Click: ", e));
+    ed.ShowError("Error in cmdEditProfile_Click: ", e);
   }
 }
 
@@ -312,13 +308,12 @@ void cmdDeleteProfile_Click(frmAcctViewEdit& ed) {
         // The removed record's unsaved changes have nothing left to go to.
         ed.ProfileChanged = false;
       } else {
-        ShowError(ed, "Profile not found.  The profile was not deleted.");
+        ShowErrorText(ed, "Profile not found.  The profile was not deleted.");
       }
     }
     LoadViewsTree(ed, "");
   } catch (const std::exception& e) {
-    ShowError(ed,
-              Described(("Error encountered while deleting profile '" + name + "':").c_str(), e));
+    ed.ShowError("Error encountered while deleting profile '" + name + "':", e);
   }
 }
 
@@ -330,7 +325,7 @@ void cmdSaveProfile_Click(frmAcctViewEdit& ed) {
     if (saved) LoadViewsTree(ed, ed.txtCurrProf.Text());
   } catch (const std::exception& e) {
     ed.Prompt().SetWaitCursor(false);
-    ShowError(ed, Described("Error in cmdSaveProfile_Click: ", e));
+    ed.ShowError("Error in cmdSaveProfile_Click: ", e);
     return;
   }
   ed.Prompt().SetWaitCursor(false);

@@ -23,11 +23,7 @@ int StoredInt(const std::string& text) { return static_cast<int>(RoundedVal(text
 
 // The two failures that end a load show this; all others are skipped.
 void ShowLoadError(frmAcctViewEdit& ed, const std::exception& e) {
-  ResumeNext([&] {
-    ed.Prompt().MsgBox(
-        std::string("There was an error loading this profile:") + kCrLf + kCrLf + Describe(e),
-        ui::Buttons::kOk, ui::Icon::kCritical, "Error");
-  });
+  ResumeNext([&] { ed.ShowError("There was an error loading this profile:", e); });
 }
 
 void ListUsedColumns(frmAcctViewEdit& ed, DocumentCursor& custom) {

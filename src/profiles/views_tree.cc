@@ -298,10 +298,7 @@ void tvwViews_NodeClick(frmAcctViewEdit& ed, ui::NodeId node) {
     }
     LoadProfile(ed, name);
   } catch (const std::exception& e) {
-    ResumeNext([&] {
-      ed.Prompt().MsgBox(std::string("Error loading account view:") + kCrLf + kCrLf + Describe(e),
-                         ui::Buttons::kOk, ui::Icon::kCritical, "Error");
-    });
+    ResumeNext([&] { ed.ShowError("Error loading account view:", e); });
   }
 }
 

@@ -76,9 +76,7 @@ void cmdPreviewReport_Click(frmAcctViewEdit& ed) {
     viewer->SetResult(std::move(result));
     if (has_pages) viewer->Show();
   } catch (const std::exception& e) {
-    ed.Prompt().MsgBox(
-        std::string("Error in cmdPreviewReport_Click: ") + kCrLf + kCrLf + Describe(e),
-        ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+    ed.ShowError("Error in cmdPreviewReport_Click: ", e);
   }
 }
 

@@ -42,8 +42,7 @@ void LoadDataSets(frmAcctViewEdit& ed) {
     }
     if (ed.cmbDataSet.ListCount() > 0) ed.cmbDataSet.SetListIndex(0);
   } catch (const std::exception& e) {
-    ed.Prompt().MsgBox(std::string("Error in LoadDataSets:") + kCrLf + kCrLf + Describe(e),
-                       ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+    ed.ShowError("Error in LoadDataSets:", e);
   }
 }
 

@@ -17,7 +17,7 @@ namespace {
 
 using testing::ActiveByCollector;
 using testing::Cents;
-using testing::CvrSpec;
+using testing::CvrShape;
 using testing::Define;
 using testing::RunCommand;
 using testing::SmallDatabase;
@@ -102,12 +102,12 @@ TEST(PostgresReportTest, GroupedReportMatchesTheServersSums) {
   }
   ASSERT_TRUE(db.Handle().commit());
 
-  CvrSpec spec = ActiveByCollector(R"( AND OpenDate >= '" + $SINCE + "')");
-  spec.variables = {{"$SINCE", "Date"}};
+  CvrShape shape = ActiveByCollector(R"( AND OpenDate >= '" + $SINCE + "')");
+  shape.variables = {{"$SINCE", "Date"}};
   TempFolder folder;
   RunSettings settings;
   settings.variables = {{"$SINCE", "01/01/2025"}};
-  const ReportData data = RunReport(Define(folder, spec), db, settings);
+  const ReportData data = RunReport(Define(folder, shape), db, settings);
 
   // The expected values come from the server's own arithmetic.
   QSqlQuery check(db.Handle());

@@ -15,7 +15,7 @@
 namespace cvve::reportengine {
 namespace {
 
-using testing::CvrSpec;
+using testing::CvrShape;
 using testing::CvrXml;
 using testing::HaveTool;
 using testing::RunCommand;
@@ -23,18 +23,18 @@ using testing::SmallDatabase;
 using testing::SqlValue;
 using testing::TempFolder;
 
-CvrSpec ReceiptsForPeriod() {
-  CvrSpec spec;
-  spec.name = "Receipts For Period";
-  spec.statement =
+CvrShape ReceiptsForPeriod() {
+  CvrShape shape;
+  shape.name = "Receipts For Period";
+  shape.statement =
       R"("CQ:SELECT ReceiptNum, TransDate, Amount FROM ACCT_HISTORY WHERE TransDate BETWEEN '" + )"
       R"($START_DATE + "' AND '" + $END_DATE + "' ORDER BY TransDate, ReceiptNum")";
-  spec.columns = {{"Receipt", "ACCT_HISTORY.ReceiptNum", "String"},
+  shape.columns = {{"Receipt", "ACCT_HISTORY.ReceiptNum", "String"},
                   {"Date", "ACCT_HISTORY.TransDate", "Date"},
                   {"Amount", "ACCT_HISTORY.Amount", "Currency", "Right"}};
-  spec.variables = {{"$START_DATE", "Date"}, {"$END_DATE", "Date"}};
-  spec.totals = true;
-  return spec;
+  shape.variables = {{"$START_DATE", "Date"}, {"$END_DATE", "Date"}};
+  shape.totals = true;
+  return shape;
 }
 
 TEST(QtReportEngineTest, VariablesRunAndShowAsThePreviewDoes) {
@@ -86,10 +86,10 @@ TEST(ReportViewerTest, NavigatesZoomsAndSaves) {
   TempFolder folder;
   HeadlessReportEngine engine({SmallDatabase(), ""});
   std::unique_ptr<Report> report = engine.CreateReport();
-  CvrSpec spec = ReceiptsForPeriod();
-  spec.statement = R"("CQ:SELECT ReceiptNum, TransDate, Amount FROM ACCT_HISTORY ORDER BY HistID")";
-  spec.variables.clear();
-  report->Load(folder.Write("r.cvr", CvrXml(spec)));
+  CvrShape shape = ReceiptsForPeriod();
+  shape.statement = R"("CQ:SELECT ReceiptNum, TransDate, Amount FROM ACCT_HISTORY ORDER BY HistID")";
+  shape.variables.clear();
+  report->Load(folder.Write("r.cvr", CvrXml(shape)));
   std::unique_ptr<ReportResult> result = report->Run();
   const auto layout = dynamic_cast<const LaidOutResult&>(*result).Layout();
   ASSERT_GT(layout->pages.size(), 3u);

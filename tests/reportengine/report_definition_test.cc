@@ -8,7 +8,7 @@
 namespace cvve::reportengine {
 namespace {
 
-using testing::CvrSpec;
+using testing::CvrShape;
 using testing::CvrXml;
 
 // Every element a report uses is read in the runs of the other tests (their
@@ -42,7 +42,7 @@ TEST(ReportDefinitionTest, MissingElementsTakeDefaults) {
 }
 
 TEST(ReportDefinitionTest, UnusableFilesNameFileAndPlace) {
-  CvrSpec good;
+  CvrShape good;
   good.statement = R"("CQ:SELECT 1")";
   good.columns = {{"A", "T.A", "String"}};
   const std::string valid = CvrXml(good);

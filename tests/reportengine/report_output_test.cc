@@ -19,7 +19,7 @@ namespace {
 
 using testing::ActiveByCollector;
 using testing::AllAccounts;
-using testing::CvrSpec;
+using testing::CvrShape;
 using testing::Define;
 using testing::HaveTool;
 using testing::Money;
@@ -34,9 +34,9 @@ struct Output {
   ReportLayout layout;
 };
 
-Output Produce(const CvrSpec& spec, const TempFolder& folder, const RunSettings& settings = {}) {
+Output Produce(const CvrShape& shape, const TempFolder& folder, const RunSettings& settings = {}) {
   Output out;
-  out.def = Define(folder, spec);
+  out.def = Define(folder, shape);
   Database db(SmallDatabase());
   out.data = RunReport(out.def, db, settings);
   out.layout = Paginate(out.def, out.data);
@@ -65,10 +65,10 @@ TEST(ReportOutputTest, PagesFollowPaperAndOrientation) {
   std::map<std::pair<int, int>, std::size_t> pages;
   for (const Paper& paper : papers) {
     SCOPED_TRACE(std::to_string(paper.size) + "/" + std::to_string(paper.orientation));
-    CvrSpec spec = AllAccounts();
-    spec.page_size = paper.size;
-    spec.orientation = paper.orientation;
-    const Output out = Produce(spec, folder);
+    CvrShape shape = AllAccounts();
+    shape.page_size = paper.size;
+    shape.orientation = paper.orientation;
+    const Output out = Produce(shape, folder);
     EXPECT_NEAR(out.layout.width, paper.width, 1);
     EXPECT_NEAR(out.layout.height, paper.height, 1);
     pages[{paper.size, paper.orientation}] = out.layout.pages.size();
@@ -97,16 +97,16 @@ TEST(ReportOutputTest, PagesFollowPaperAndOrientation) {
 
 TEST(ReportOutputTest, MultiLineWrapsAndSingleLineElides) {
   TempFolder folder;
-  CvrSpec spec;
-  spec.name = "Notes";
-  spec.statement =
+  CvrShape shape;
+  shape.name = "Notes";
+  shape.statement =
       R"("CQ:SELECT NoteID, NoteText || ' ' || NoteText FROM NOTES ORDER BY NoteID LIMIT 40")";
-  spec.columns = {{"Note", "NOTES.NoteID", "String", "Left", 800},
+  shape.columns = {{"Note", "NOTES.NoteID", "String", "Left", 800},
                   {"Text", "NOTES.NoteText", "String", "Left", 2200}};
-  const Output single = Produce(spec, folder);
-  spec.multi_line = true;
-  spec.name = "Notes Wrapped";
-  const Output wrapped = Produce(spec, folder);
+  const Output single = Produce(shape, folder);
+  shape.multi_line = true;
+  shape.name = "Notes Wrapped";
+  const Output wrapped = Produce(shape, folder);
   auto body = [](const Output& out) {
     std::vector<QString> texts;
     for (const PageText& text : out.layout.pages[0].texts) {
@@ -197,7 +197,7 @@ TEST(ReportOutputTest, PdfTextInfoAndPixels) {
   EXPECT_GT(agree, image.height() * 9 / 10);
 
   // A landscape Legal report is 1008 x 612 points.
-  CvrSpec legal = AllAccounts();
+  CvrShape legal = AllAccounts();
   legal.page_size = 1;
   legal.orientation = 1;
   WritePdf(Produce(legal, folder).layout, QString::fromStdString(folder.Path("legal.pdf")));
@@ -240,14 +240,14 @@ TEST(ReportOutputTest, GroupedPagesRepeatHeadingsAndCsvHasTheGroupColumn) {
   }
 
   // Quotes, commas and line breaks are quoted.
-  CvrSpec spec;
-  spec.name = "Odd Text";
-  spec.statement = R"("CQ:SELECT 'a,b', 'say ""hi""', 'two' || char(10) || 'lines', 1234.5")";
-  spec.columns = {{"A", "X.A", "String"},
+  CvrShape shape;
+  shape.name = "Odd Text";
+  shape.statement = R"("CQ:SELECT 'a,b', 'say ""hi""', 'two' || char(10) || 'lines', 1234.5")";
+  shape.columns = {{"A", "X.A", "String"},
                   {"B", "X.B", "String"},
                   {"C", "X.C", "String"},
                   {"Amount, $", "X.D", "Currency"}};
-  const Output odd = Produce(spec, folder);
+  const Output odd = Produce(shape, folder);
   std::ostringstream text;
   WriteCsv(odd.def, odd.data, text);
   EXPECT_EQ(text.str(),

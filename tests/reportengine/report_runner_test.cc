@@ -14,7 +14,7 @@ namespace {
 using testing::ActiveByCollector;
 using testing::AllAccounts;
 using testing::Cents;
-using testing::CvrSpec;
+using testing::CvrShape;
 using testing::Define;
 using testing::Money;
 using testing::SmallDatabase;
@@ -24,9 +24,9 @@ using testing::TempFolder;
 
 class ReportRunnerTest : public ::testing::Test {
  protected:
-  ReportData Run(const CvrSpec& spec, RunSettings settings = {}) {
+  ReportData Run(const CvrShape& shape, RunSettings settings = {}) {
     Database db(SmallDatabase());
-    return RunReport(Define(folder_, spec), db, settings);
+    return RunReport(Define(folder_, shape), db, settings);
   }
 
   TempFolder folder_;
@@ -107,17 +107,17 @@ TEST_F(ReportRunnerTest, GroupValuesAreQuotedAndEmptyGroupsLeftOut) {
   const std::string obrien =
       SqlValue(SmallDatabase(), "SELECT COUNT(*) FROM CUST_INFO WHERE LastName='O''Brien'");
   ASSERT_NE(obrien, "0") << "the test database should hold an O'Brien";
-  CvrSpec spec;
-  spec.grouped = true;
-  spec.group_report_field = "INV_INFO.LastName";
-  spec.group_title = "Name";
-  spec.group_statement =
+  CvrShape shape;
+  shape.grouped = true;
+  shape.group_report_field = "INV_INFO.LastName";
+  shape.group_title = "Name";
+  shape.group_statement =
       R"("CQ:SELECT 'Nobody Here' UNION ALL SELECT DISTINCT LastName FROM CUST_INFO )"
       R"sql(WHERE LastName IN ('O''Brien', 'Smith')")sql";
-  spec.statement =
+  shape.statement =
       R"("CQ:SELECT CustID FROM CUST_INFO WHERE LastName='" + FXA([INV_INFO.LastName]) + "'")";
-  spec.columns = {{"Customer", "CUST_INFO.CustID", "String"}};
-  const ReportData data = Run(spec);
+  shape.columns = {{"Customer", "CUST_INFO.CustID", "String"}};
+  const ReportData data = Run(shape);
   std::map<std::string, long long> rows;
   for (const ReportGroup& group : data.groups) rows[group.value.toStdString()] = group.totals.rows;
   EXPECT_EQ(rows.count("Nobody Here"), 0u);
@@ -127,11 +127,11 @@ TEST_F(ReportRunnerTest, GroupValuesAreQuotedAndEmptyGroupsLeftOut) {
 }
 
 TEST_F(ReportRunnerTest, DateVariablesAreTakenInEitherForm) {
-  CvrSpec spec;
-  spec.statement =
+  CvrShape shape;
+  shape.statement =
       R"("CQ:SELECT AcctNum FROM ACCTS WHERE OpenDate BETWEEN '" + $START_DATE + "' AND '" + $END_DATE + "'")";
-  spec.columns = {{"Account", "ACCTS.AcctNum", "String"}};
-  spec.variables = {{"$START_DATE", "Date"}, {"$END_DATE", "Date"}};
+  shape.columns = {{"Account", "ACCTS.AcctNum", "String"}};
+  shape.variables = {{"$START_DATE", "Date"}, {"$END_DATE", "Date"}};
   const std::string expected =
       SqlValue(SmallDatabase(),
                "SELECT COUNT(*) FROM ACCTS WHERE OpenDate BETWEEN '2025-06-01' AND '2026-03-16'");
@@ -140,12 +140,12 @@ TEST_F(ReportRunnerTest, DateVariablesAreTakenInEitherForm) {
        {std::pair{"06/01/2025", "3/16/2026"}, std::pair{"2025-06-01", "2026-03-16"}}) {
     RunSettings settings;
     settings.variables = {{"$start_date", start}, {"END_DATE", end}};
-    EXPECT_EQ(std::to_string(Run(spec, settings).RowCount()), expected) << start;
+    EXPECT_EQ(std::to_string(Run(shape, settings).RowCount()), expected) << start;
   }
   // A missing variable is empty, with a warning.
   RunSettings settings;
   settings.variables = {{"$START_DATE", "2025-06-01"}};
-  const ReportData data = Run(spec, settings);
+  const ReportData data = Run(shape, settings);
   EXPECT_EQ(data.RowCount(), 0);
   ASSERT_EQ(data.warnings.size(), 1u);
   EXPECT_EQ(data.warnings[0], "the variable $END_DATE has no value; it is taken as empty");
@@ -167,12 +167,12 @@ TEST_F(ReportRunnerTest, FailuresNameTheReportAndTheStatement) {
   };
   for (const auto& [statement, parts] : cases) {
     SCOPED_TRACE(statement);
-    CvrSpec spec;
-    spec.name = "Broken";
-    spec.statement = statement;
-    spec.columns = {{"A", "ACCTS.AcctNum", "String"}, {"B", "ACCTS.Balance", "Currency"}};
+    CvrShape shape;
+    shape.name = "Broken";
+    shape.statement = statement;
+    shape.columns = {{"A", "ACCTS.AcctNum", "String"}, {"B", "ACCTS.Balance", "Currency"}};
     try {
-      Run(spec);
+      Run(shape);
       ADD_FAILURE() << "ran";
     } catch (const Error& e) {
       for (const std::string& part : parts) {

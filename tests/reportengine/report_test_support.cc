@@ -53,22 +53,22 @@ std::string TempFolder::Write(const std::string& name, const std::string& text) 
   return path;
 }
 
-std::string CvrXml(const CvrSpec& spec) {
+std::string CvrXml(const CvrShape& shape) {
   pugi::xml_document doc;
   pugi::xml_node root = doc.append_child("CustomReport");
   root.append_attribute("version") = "1";
-  Add(root, "Name", spec.name);
+  Add(root, "Name", shape.name);
   Add(root, "DataSet", "Test");
-  Add(root, "Statement", spec.statement);
-  Add(root, "Grouped", spec.grouped ? "1" : "0");
-  if (spec.grouped) {
-    Add(root, "GroupReportField", spec.group_report_field);
+  Add(root, "Statement", shape.statement);
+  Add(root, "Grouped", shape.grouped ? "1" : "0");
+  if (shape.grouped) {
+    Add(root, "GroupReportField", shape.group_report_field);
     Add(root, "GroupFormat", "String");
-    Add(root, "GroupTitle", spec.group_title);
-    Add(root, "GroupStatement", spec.group_statement);
+    Add(root, "GroupTitle", shape.group_title);
+    Add(root, "GroupStatement", shape.group_statement);
   }
   pugi::xml_node columns = root.append_child("Columns");
-  for (const ColumnSpec& c : spec.columns) {
+  for (const ColumnShape& c : shape.columns) {
     pugi::xml_node column = columns.append_child("Column");
     for (const auto& [name, value] : {std::pair<const char*, std::string>{"Title", c.title},
                                       {"Field", c.field},
@@ -80,64 +80,64 @@ std::string CvrXml(const CvrSpec& spec) {
     }
   }
   pugi::xml_node variables = root.append_child("Variables");
-  for (const auto& [name, type] : spec.variables) {
+  for (const auto& [name, type] : shape.variables) {
     pugi::xml_node variable = variables.append_child("Variable");
     Add(variable, "Name", name);
     Add(variable, "Caption", name + ":");
     Add(variable, "Type", type);
   }
-  for (const auto& [name, on] : {std::pair{"Totals", spec.totals},
-                                 {"Averages", spec.averages},
-                                 {"LineCount", spec.line_count},
-                                 {"MultiLine", spec.multi_line}}) {
+  for (const auto& [name, on] : {std::pair{"Totals", shape.totals},
+                                 {"Averages", shape.averages},
+                                 {"LineCount", shape.line_count},
+                                 {"MultiLine", shape.multi_line}}) {
     Add(root, name, on ? "1" : "0");
   }
-  Add(root, "PageSize", std::to_string(spec.page_size));
-  Add(root, "PageOrientation", std::to_string(spec.orientation));
+  Add(root, "PageSize", std::to_string(shape.page_size));
+  Add(root, "PageOrientation", std::to_string(shape.orientation));
   std::ostringstream xml;
   doc.save(xml);
   return xml.str();
 }
 
-ReportDefinition Define(const TempFolder& folder, const CvrSpec& spec) {
-  return LoadReportDefinition(folder.Write(spec.name + ".cvr", CvrXml(spec)));
+ReportDefinition Define(const TempFolder& folder, const CvrShape& shape) {
+  return LoadReportDefinition(folder.Write(shape.name + ".cvr", CvrXml(shape)));
 }
 
-CvrSpec AllAccounts() {
-  CvrSpec spec;
-  spec.name = "All Accounts";
-  spec.statement =
+CvrShape AllAccounts() {
+  CvrShape shape;
+  shape.name = "All Accounts";
+  shape.statement =
       R"("CQ:SELECT ACCTS.AcctNum,CUST_INFO.LastName,ACCTS.Balance,ACCTS.DaysLate,ACCTS.Next_Pmt_Due )"
       R"(FROM ACCTS INNER JOIN CUST_INFO ON CUST_INFO.CustID=ACCTS.CustID WHERE %USERWHERE% )"
       R"(ORDER BY ACCTS.AcctNum ASC")";
-  spec.columns = {{"Line", "$LINE", "String", "Left", 600},
+  shape.columns = {{"Line", "$LINE", "String", "Left", 600},
                   {"Account", "ACCTS.AcctNum", "String", "Left", 1200},
                   {"Name", "CUST_INFO.LastName", "String", "Left", 2000},
                   {"Notes", "$BLANK", "String", "Left", 1500},
                   {"Balance", "ACCTS.Balance", "Currency", "Right", 1500},
                   {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1000},
                   {"Next Due", "ACCTS.Next_Pmt_Due", "Date", "Left", 1300}};
-  spec.totals = spec.averages = spec.line_count = true;
-  return spec;
+  shape.totals = shape.averages = shape.line_count = true;
+  return shape;
 }
 
-CvrSpec ActiveByCollector(const std::string& and_where) {
-  CvrSpec spec;
-  spec.name = "Active By Collector";
-  spec.grouped = true;
-  spec.group_report_field = "INV_INFO.Collector";
-  spec.group_title = "Collector";
-  spec.group_statement =
+CvrShape ActiveByCollector(const std::string& and_where) {
+  CvrShape shape;
+  shape.name = "Active By Collector";
+  shape.grouped = true;
+  shape.group_report_field = "INV_INFO.Collector";
+  shape.group_title = "Collector";
+  shape.group_statement =
       "\"CQ:SELECT DISTINCT Collector FROM ACCTS WHERE Status='A'" + and_where + " ORDER BY 1\"";
-  spec.statement = "\"CQ:SELECT AcctNum, OpenDate, DaysLate, Balance FROM ACCTS WHERE Status='A'" +
+  shape.statement = "\"CQ:SELECT AcctNum, OpenDate, DaysLate, Balance FROM ACCTS WHERE Status='A'" +
                    and_where +
                    " AND Collector='\" + FXA([INV_INFO.Collector]) + \"' ORDER BY AcctNum\"";
-  spec.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1500},
+  shape.columns = {{"Account", "ACCTS.AcctNum", "String", "Left", 1500},
                   {"Opened", "ACCTS.OpenDate", "Date", "Left", 1500},
                   {"Days Late", "ACCTS.DaysLate", "Integer", "Right", 1200},
                   {"Balance", "ACCTS.Balance", "Currency", "Right", 1800}};
-  spec.totals = spec.averages = spec.line_count = true;
-  return spec;
+  shape.totals = shape.averages = shape.line_count = true;
+  return shape;
 }
 
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql) {

@@ -26,34 +26,34 @@ class TempFolder {
   QTemporaryDir dir_;
 };
 
-struct ColumnSpec {
+struct ColumnShape {
   std::string title, field, format, alignment = "Left";
   int width = 1440;
 };
 
 // A .cvr document; statements are given as report-language expressions.
-struct CvrSpec {
+struct CvrShape {
   std::string name = "Test Report";
   std::string statement;
   bool grouped = false;
   std::string group_report_field, group_title, group_statement;
-  std::vector<ColumnSpec> columns;
+  std::vector<ColumnShape> columns;
   std::vector<std::pair<std::string, std::string>> variables;  // name, type
   bool totals = false, averages = false, line_count = false, multi_line = false;
   int page_size = 0, orientation = 0;
 };
-std::string CvrXml(const CvrSpec& spec);
-// Writes the spec as "<name>.cvr" into `folder` and loads it.
-ReportDefinition Define(const TempFolder& folder, const CvrSpec& spec);
+std::string CvrXml(const CvrShape& shape);
+// Writes the shape as "<name>.cvr" into `folder` and loads it.
+ReportDefinition Define(const TempFolder& folder, const CvrShape& shape);
 
 // Every account, ungrouped, with totals, averages and line numbers: Line
 // ($LINE), Account, Name (text), Notes ($BLANK), Balance (currency), Days Late
 // (integer), Next Due (date). Its statement has %USERWHERE%.
-CvrSpec AllAccounts();
+CvrShape AllAccounts();
 // Active accounts grouped by collector, with totals, averages and counts:
 // Account (text), Opened (date), Days Late (integer), Balance (currency).
 // `and_where` narrows both the groups and the rows (it may use $variables).
-CvrSpec ActiveByCollector(const std::string& and_where = "");
+CvrShape ActiveByCollector(const std::string& and_where = "");
 
 // The rows of a query on an SQLite file, each column as text ("" for NULL).
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql);
