@@ -1,12 +1,13 @@
 #include "reportengine/page_renderer.h"
 
-#include <QFile>
+#include <QSaveFile>
 #include <QPdfWriter>
 #include <QPrinter>
 #include <array>
 #include <cmath>
 
 #include "base/error.h"
+#include "reportengine/pdf/report_pdf.h"
 #include "reportengine/text_shaper.h"
 
 namespace cvve::reportengine {
@@ -61,32 +62,38 @@ QImage RenderPageImage(const ReportLayout& layout, int index, double dpi) {
   return image;
 }
 
-void WritePdf(const ReportLayout& layout, const QString& path, const ProgressFunction& progress) {
-  {
-    // QPdfWriter only warns on the console when it cannot open its file.
-    QFile probe(path);
-    if (!probe.open(QIODevice::WriteOnly)) {
-      throw Error("cannot write " + path.toStdString() + ": " + probe.errorString().toStdString());
-    }
-  }
+namespace {
+
+// Qt's own writer, for pages whose texts need shaping.
+void WriteQtPdf(const ReportLayout& layout, QIODevice& out, const ProgressFunction& progress) {
   const int count = static_cast<int>(layout.pages.size());
-  try {
-    QPdfWriter writer(path);
-    writer.setPageLayout(layout.PageLayout());
-    writer.setTitle(layout.title);
-    writer.setCreator(QStringLiteral("cvViewEdit report engine"));
-    QPainter painter;
-    if (!painter.begin(&writer)) throw Error("cannot write " + path.toStdString());
-    const QRect target(0, 0, writer.width(), writer.height());
-    for (int i = 0; i < count; ++i) {
-      if (progress && !progress(QStringLiteral("Writing PDF"), i, count)) throw Cancelled();
-      if (i > 0) writer.newPage();
-      RenderPage(painter, layout, i, target);
-    }
-    if (!painter.end()) throw Error("cannot finish " + path.toStdString());
-  } catch (...) {
-    QFile::remove(path);
-    throw;
+  QPdfWriter writer(&out);
+  writer.setPageLayout(layout.PageLayout());
+  writer.setTitle(layout.title);
+  writer.setCreator(QStringLiteral("cvViewEdit report engine"));
+  QPainter painter;
+  if (!painter.begin(&writer)) throw Error("cannot start the PDF");
+  const QRect target(0, 0, writer.width(), writer.height());
+  for (int i = 0; i < count; ++i) {
+    if (progress && !progress(QStringLiteral("Writing PDF"), i, count)) throw Cancelled();
+    if (i > 0) writer.newPage();
+    RenderPage(painter, layout, i, target);
+  }
+  if (!painter.end()) throw Error("cannot finish the PDF");
+}
+
+}  // namespace
+
+void WritePdf(const ReportLayout& layout, const QString& path, const ProgressFunction& progress) {
+  // Written beside the target and renamed at the end: a failed or cancelled
+  // run leaves the old file (or none), never half a PDF.
+  QSaveFile file(path);
+  if (!file.open(QIODevice::WriteOnly)) {
+    throw Error("cannot write " + path.toStdString() + ": " + file.errorString().toStdString());
+  }
+  if (!pdf::WriteLayoutPdf(layout, file, progress)) WriteQtPdf(layout, file, progress);
+  if (!file.commit()) {
+    throw Error("cannot write " + path.toStdString() + ": " + file.errorString().toStdString());
   }
 }
 

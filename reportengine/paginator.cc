@@ -152,14 +152,13 @@ class Paginator {
     if (text.isEmpty()) return;
     const double available = column.width - 2 * kPadding;
     QString shown = text;
-    double width;
-    if (whole || m.Fits(text, available)) {
-      width = column.align == Align::kLeft ? 0 : m.Width(text);
-    } else {
+    double width = m.Width(text);
+    if (!whole && width > available) {
       shown = m.shaper.Elided(text, std::max(0.0, available));
       width = m.Width(shown);
     }
-    Text(X(column, width), top + m.ascent, role, std::move(shown));
+    Text(X(column, column.align == Align::kLeft ? 0 : width), top + m.ascent, role,
+         std::move(shown));
   }
 
   double X(const ColumnBox& column, double text_width) const {

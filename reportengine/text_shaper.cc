@@ -27,8 +27,7 @@ TextShaper::TextShaper(const QFont& font)
   }
 }
 
-const TextShaper::Glyph& TextShaper::GlyphOf(char16_t c) const {
-  if (c < 256) return latin_[c];
+const TextShaper::Glyph& TextShaper::OtherGlyph(char16_t c) const {
   const auto found = other_.find(c);
   if (found != other_.end()) return found->second;
   Glyph glyph;
@@ -50,9 +49,12 @@ bool TextShaper::Simple(const QString& text) const {
 }
 
 double TextShaper::Width(const QString& text) const {
-  if (!Simple(text)) return metrics_.horizontalAdvance(text);
   double width = 0;
-  for (QChar c : text) width += GlyphOf(c.unicode()).advance;
+  for (QChar c : text) {
+    const Glyph& glyph = GlyphOf(c.unicode());
+    if (glyph.index == 0) return metrics_.horizontalAdvance(text);
+    width += glyph.advance;
+  }
   return width;
 }
 

@@ -34,13 +34,16 @@ class TextShaper {
   bool Append(const QString& text, const QPointF& origin, QList<quint32>& indexes,
               QList<QPointF>& positions) const;
   const QRawFont& RawFont() const { return raw_; }
+  // The character's glyph in the font; 0 when the text must take the shaped way.
+  quint32 GlyphIndex(char16_t c) const { return GlyphOf(c).index; }
 
  private:
   struct Glyph {
     quint32 index = 0;  // 0: the font has no glyph for the character
     double advance = 0;
   };
-  const Glyph& GlyphOf(char16_t c) const;
+  const Glyph& GlyphOf(char16_t c) const { return c < 256 ? latin_[c] : OtherGlyph(c); }
+  const Glyph& OtherGlyph(char16_t c) const;
   // False when some character has no glyph (or is outside the basic plane).
   bool Simple(const QString& text) const;
 

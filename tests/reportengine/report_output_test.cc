@@ -23,25 +23,12 @@ using testing::CvrShape;
 using testing::Define;
 using testing::HaveTool;
 using testing::Money;
+using testing::Output;
+using testing::Produce;
 using testing::RunCommand;
 using testing::SmallDatabase;
 using testing::SqlRows;
 using testing::TempFolder;
-
-struct Output {
-  ReportDefinition def;
-  ReportData data;
-  ReportLayout layout;
-};
-
-Output Produce(const CvrShape& shape, const TempFolder& folder, const RunSettings& settings = {}) {
-  Output out;
-  out.def = Define(folder, shape);
-  Database db(SmallDatabase());
-  out.data = RunReport(out.def, db, settings);
-  out.layout = Paginate(out.def, out.data);
-  return out;
-}
 
 // Body texts of the first column: one per printed row.
 long long RowsPrinted(const ReportLayout& layout, float first_column_x) {

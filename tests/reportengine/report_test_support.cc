@@ -11,6 +11,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "reportengine/database.h"
 #include "reportengine/demo_database.h"
 
 namespace cvve::reportengine::testing {
@@ -138,6 +139,15 @@ CvrShape ActiveByCollector(const std::string& and_where) {
                   {"Balance", "ACCTS.Balance", "Currency", "Right", 1800}};
   shape.totals = shape.averages = shape.line_count = true;
   return shape;
+}
+
+Output Produce(const CvrShape& shape, const TempFolder& folder, const RunSettings& settings) {
+  Output out;
+  out.def = Define(folder, shape);
+  Database db(SmallDatabase());
+  out.data = RunReport(out.def, db, settings);
+  out.layout = Paginate(out.def, out.data);
+  return out;
 }
 
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql) {

@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "reportengine/paginator.h"
 #include "reportengine/report_definition.h"
+#include "reportengine/report_runner.h"
 
 namespace cvve::reportengine::testing {
 
@@ -54,6 +56,14 @@ CvrShape AllAccounts();
 // Account (text), Opened (date), Days Late (integer), Balance (currency).
 // `and_where` narrows both the groups and the rows (it may use $variables).
 CvrShape ActiveByCollector(const std::string& and_where = "");
+
+// A report run on the small database and laid out.
+struct Output {
+  ReportDefinition def;
+  ReportData data;
+  ReportLayout layout;
+};
+Output Produce(const CvrShape& shape, const TempFolder& folder, const RunSettings& settings = {});
 
 // The rows of a query on an SQLite file, each column as text ("" for NULL).
 std::vector<std::vector<std::string>> SqlRows(const std::string& db, const std::string& sql);

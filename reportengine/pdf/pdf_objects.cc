@@ -1,0 +1,139 @@
+#include "reportengine/pdf/pdf_objects.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include "base/error.h"
+
+namespace cvve::reportengine::pdf {
+
+std::string Deflate(std::string_view data, int level) {
+  uLongf size = compressBound(static_cast<uLong>(data.size()));
+  std::string out(size, '\0');
+  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size,
+                reinterpret_cast<const Bytef*>(data.data()), static_cast<uLong>(data.size()),
+                level) != Z_OK) {
+    throw Error("cannot compress a PDF stream");
+  }
+  out.resize(size);
+  return out;
+}
+
+void AppendNumber(std::string& out, double value, int decimals) {
+  char buffer[32];
+  auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value,
+                                    std::chars_format::fixed, decimals);
+  if (error != std::errc()) {
+    out += '0';
+    return;
+  }
+  char* dot = std::find(buffer, end, '.');
+  if (dot != end) {
+    while (end[-1] == '0') --end;
+    if (end[-1] == '.') --end;
+  }
+  // "-0" after rounding is still zero.
+  if (end - buffer == 2 && buffer[0] == '-' && buffer[1] == '0') {
+    out += '0';
+    return;
+  }
+  out.append(buffer, end);
+}
+
+void AppendLiteral(std::string& out, std::string_view bytes) {
+  out += '(';
+  for (char c : bytes) {
+    switch (c) {
+      case '(':
+      case ')':
+      case '\\':
+        out += '\\';
+        out += c;
+        break;
+      case '\r':  // a bare carriage return would be read as a line feed
+        out += "\\r";
+        break;
+      default:
+        out += c;
+    }
+  }
+  out += ')';
+}
+
+std::string TextString(const std::u16string& text) {
+  std::string out = "<FEFF";
+  char buffer[5];
+  for (char16_t c : text) {
+    std::snprintf(buffer, sizeof buffer, "%04X", static_cast<unsigned>(c));
+    out += buffer;
+  }
+  out += '>';
+  return out;
+}
+
+ObjectWriter::ObjectWriter(QIODevice& out) : out_(out) {
+  // The comment of high bytes marks the file as binary for transfer programs.
+  Write("%PDF-1.4\n%\xE2\xE3\xCF\xD3\n");
+}
+
+int ObjectWriter::Reserve() {
+  offsets_.push_back(-1);
+  return static_cast<int>(offsets_.size());
+}
+
+void ObjectWriter::Write(std::string_view bytes) {
+  if (out_.write(bytes.data(), static_cast<qint64>(bytes.size())) !=
+      static_cast<qint64>(bytes.size())) {
+    throw Error("cannot write the PDF: " + out_.errorString().toStdString());
+  }
+  offset_ += static_cast<std::int64_t>(bytes.size());
+}
+
+void ObjectWriter::Begin(int number) {
+  if (number < 1 || number > static_cast<int>(offsets_.size()) ||
+      offsets_[static_cast<std::size_t>(number - 1)] >= 0) {
+    throw Error("PDF object " + std::to_string(number) + " is not reserved or written twice");
+  }
+  offsets_[static_cast<std::size_t>(number - 1)] = offset_;
+  Write(std::to_string(number) + " 0 obj\n");
+}
+
+void ObjectWriter::Object(int number, std::string_view body) {
+  Begin(number);
+  Write(body);
+  Write("\nendobj\n");
+}
+
+void ObjectWriter::Stream(int number, std::string_view dictionary, std::string_view data,
+                          bool deflated) {
+  Begin(number);
+  std::string head = "<<";
+  head += dictionary;
+  head += " /Length " + std::to_string(data.size());
+  if (deflated) head += " /Filter /FlateDecode";
+  head += " >>\nstream\n";
+  Write(head);
+  Write(data);
+  Write("\nendstream\nendobj\n");
+}
+
+void ObjectWriter::Finish(int catalog, int info) {
+  const std::int64_t xref = offset_;
+  std::string table = "xref\n0 " + std::to_string(offsets_.size() + 1) + "\n0000000000 65535 f \n";
+  char entry[40];
+  for (std::size_t i = 0; i < offsets_.size(); ++i) {
+    if (offsets_[i] < 0) throw Error("PDF object " + std::to_string(i + 1) + " was never written");
+    std::snprintf(entry, sizeof entry, "%010lld 00000 n \n", static_cast<long long>(offsets_[i]));
+    table += entry;
+  }
+  table += "trailer\n<< /Size " + std::to_string(offsets_.size() + 1) + " /Root " +
+           std::to_string(catalog) + " 0 R /Info " + std::to_string(info) +
+           " 0 R >>\nstartxref\n" + std::to_string(xref) + "\n%%EOF\n";
+  Write(table);
+}
+
+}  // namespace cvve::reportengine::pdf
