@@ -212,44 +212,54 @@ std::string Date(const QDateTime& time) {
   return "(D:" + time.toString(QStringLiteral("yyyyMMddHHmmss")).toStdString() + ")";
 }
 
-}  // namespace
-
-bool WriteLayoutPdf(const ReportLayout& layout, QIODevice& out, const ProgressFunction& progress) {
-  std::shared_ptr<const LayoutFonts> shapers = layout.fonts;
-  if (!shapers) shapers = std::make_shared<LayoutFonts>(layout.font_scale);
-  FontTable fonts(*shapers);
-  const double width = layout.width / kTwipsPerPoint;
-  const double height = layout.height / kTwipsPerPoint;
-
-  // Every page is made (and compressed) before a byte is written, so that a
-  // page that needs Qt's writer leaves nothing behind.
+// Every page's content stream, compressed; none when a page needs Qt's
+// writer. Pages are made on this thread and compressed on the others, a
+// batch behind.
+std::optional<std::vector<std::string>> PageStreams(const ReportLayout& layout,
+                                                    const LayoutFonts& shapers, FontTable& fonts,
+                                                    const ProgressFunction& progress) {
   const std::size_t count = layout.pages.size();
   std::vector<std::string> streams(count);
   QFuture<void> compressing;
-  auto finish = [&compressing] { compressing.waitForFinished(); };
-  PageContent content(fonts, *shapers, height);
+  // The workers hold on to `streams`: they finish before it goes, however
+  // this function ends.
+  struct Wait {
+    QFuture<void>& future;
+    ~Wait() { future.waitForFinished(); }
+  } wait{compressing};
+  PageContent content(fonts, shapers, layout.height / kTwipsPerPoint);
   std::size_t size_hint = 0;
   for (std::size_t start = 0; start < count; start += kBatch) {
     const std::size_t end = std::min(count, start + kBatch);
     for (std::size_t i = start; i < end; ++i) {
       if (progress && !progress(QStringLiteral("Writing PDF"), static_cast<long long>(i),
                                 static_cast<long long>(count))) {
-        finish();
         throw Cancelled();
       }
       streams[i].reserve(size_hint);
-      if (!content.Write(layout.pages[i], streams[i])) {
-        finish();
-        return false;
-      }
+      if (!content.Write(layout.pages[i], streams[i])) return std::nullopt;
       size_hint = std::max(size_hint, streams[i].size());
     }
-    finish();
-    compressing = QtConcurrent::map(streams.begin() + static_cast<std::ptrdiff_t>(start),
-                                    streams.begin() + static_cast<std::ptrdiff_t>(end),
-                                    [](std::string& page) { page = Deflate(page, kPageCompression); });
+    compressing.waitForFinished();
+    compressing = QtConcurrent::map(
+        streams.begin() + static_cast<std::ptrdiff_t>(start),
+        streams.begin() + static_cast<std::ptrdiff_t>(end),
+        [](std::string& page) { page = Deflate(page, kPageCompression); });
   }
-  finish();
+  compressing.waitForFinished();
+  return streams;
+}
+
+}  // namespace
+
+bool WriteLayoutPdf(const ReportLayout& layout, QIODevice& out, const ProgressFunction& progress) {
+  std::shared_ptr<const LayoutFonts> shapers = layout.fonts;
+  if (!shapers) shapers = std::make_shared<LayoutFonts>(layout.font_scale);
+  FontTable fonts(*shapers);
+  // Every page is made before a byte is written, so that a page that needs
+  // Qt's writer leaves nothing behind.
+  std::optional<std::vector<std::string>> streams = PageStreams(layout, *shapers, fonts, progress);
+  if (!streams) return false;
 
   ObjectWriter writer(out);
   const int catalog = writer.Reserve();
@@ -261,21 +271,21 @@ bool WriteLayoutPdf(const ReportLayout& layout, QIODevice& out, const ProgressFu
 
   std::string kids;
   std::string media = "[0 0 ";
-  AppendNumber(media, width);
+  AppendNumber(media, layout.width / kTwipsPerPoint);
   media += ' ';
-  AppendNumber(media, height);
+  AppendNumber(media, layout.height / kTwipsPerPoint);
   media += ']';
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::string& content : *streams) {
     const int page = writer.Reserve();
     const int stream = writer.Reserve();
-    writer.Stream(stream, "", streams[i], true);
-    std::string().swap(streams[i]);
+    writer.Stream(stream, "", content, true);
+    std::string().swap(content);
     writer.Object(page, "<< /Type /Page /Parent " + std::to_string(tree) + " 0 R /MediaBox " +
                             media + " /Resources " + std::to_string(resources) +
                             " 0 R /Contents " + std::to_string(stream) + " 0 R >>");
     kids += std::to_string(page) + " 0 R ";
   }
-  writer.Object(tree, "<< /Type /Pages /Kids [" + kids + "] /Count " + std::to_string(count) +
+  writer.Object(tree, "<< /Type /Pages /Kids [" + kids + "] /Count " + std::to_string(streams->size()) +
                           " >>");
   std::string font_names;
   for (std::size_t f = 0; f < font_objects.size(); ++f) {

@@ -23,6 +23,8 @@ TEST(ValueFormatTest, CellsByFormat) {
       {QVariant(QStringLiteral("2026-03-05 14:30:00")), "Date", "03/05/2026"},
       {QVariant(QStringLiteral("soon")), "Date", "soon"},
       {QVariant(QStringLiteral("2026-13-05")), "Date", "2026-13-05"},
+      {QVariant(QStringLiteral("2026-02-30")), "Date", "2026-02-30"},
+      {QVariant(QStringLiteral("2026-O3-05")), "Date", "2026-O3-05"},
       {QVariant(1234.567), "Number", "1,234.57"},
       {QVariant(QStringLiteral("145163.0")), "Number", "145,163"},
       {QVariant(0.001), "Number", "0"},
