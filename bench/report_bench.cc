@@ -24,8 +24,8 @@
 #include "reportengine/demo_database.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
-#include "reportengine/report_definition.h"
-#include "reportengine/report_expression.h"
+#include "reportengine/language/report_definition.h"
+#include "reportengine/language/report_expression.h"
 #include "reportengine/report_runner.h"
 
 namespace re = cvve::reportengine;

@@ -5,7 +5,7 @@
 #include <QString>
 #include <ostream>
 
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
 
 namespace cvve::reportengine {

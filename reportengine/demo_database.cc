@@ -17,7 +17,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "host/host_services.h"
-#include "reportengine/report_expression.h"
+#include "reportengine/language/report_expression.h"
 
 namespace cvve::reportengine {
 

@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
 
 namespace cvve::reportengine {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "reportengine/paginator.h"
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
 #include "reports/report_engine.h"
 

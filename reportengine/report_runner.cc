@@ -8,7 +8,7 @@
 
 #include "base/text.h"
 #include "reportengine/database.h"
-#include "reportengine/report_expression.h"
+#include "reportengine/language/report_expression.h"
 #include "reportengine/value_format.h"
 
 namespace cvve::reportengine {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/error.h"
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 
 namespace cvve::reportengine {
 

@@ -21,7 +21,7 @@
 #include "reportengine/database.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
 #include "reportengine/report_viewer.h"
 #endif

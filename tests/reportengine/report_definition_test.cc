@@ -1,4 +1,4 @@
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reportengine/report_expression.h"
+#include "reportengine/language/report_expression.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "reportengine/paginator.h"
-#include "reportengine/report_definition.h"
+#include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
 
 namespace cvve::reportengine::testing {
