@@ -277,52 +277,82 @@ class Paginator {
     y_ += height;
   }
 
-  // Totals, averages and the line count of a group or of the report.
+  // Totals, averages and the line count of a group or of the report. The
+  // figures take one font, the first in which every one of them fits its
+  // column: bold, then the body's regular weight, then the small font. A
+  // figure too wide even then reaches into its neighbour's room rather than
+  // being cut.
   void Summary(const Aggregate& totals, bool grand) {
-    std::vector<std::pair<QString, int>> rows;  // label, kind: 0 total, 1 average, 2 count
+    struct SummaryRow {
+      QString label;
+      std::vector<QString> figures;  // by column; empty for the count
+    };
+    std::vector<SummaryRow> rows;
     bool any_numeric = false;
     for (const ColumnBox& column : columns_) any_numeric = any_numeric || column.numeric;
     const QString prefix = grand ? QStringLiteral("Grand ") : QString();
-    if (def_.totals && any_numeric) rows.push_back({prefix + QStringLiteral("Total"), 0});
-    if (def_.averages && any_numeric) rows.push_back({prefix + QStringLiteral("Average"), 1});
+    if (def_.totals && any_numeric) {
+      rows.push_back({prefix + QStringLiteral("Total"), Figures(totals, false)});
+    }
+    if (def_.averages && any_numeric) {
+      rows.push_back({prefix + QStringLiteral("Average"), Figures(totals, true)});
+    }
     if (def_.line_count) {
-      rows.push_back({prefix + QStringLiteral("Count: ") + QString::number(totals.rows), 2});
+      rows.push_back({prefix + QStringLiteral("Count: ") + QString::number(totals.rows), {}});
     }
     if (rows.empty()) return;
+
+    const auto all_fit = [&](const Metrics& m) {
+      for (const SummaryRow& row : rows) {
+        for (std::size_t c = 0; c < row.figures.size(); ++c) {
+          if (!m.Fits(row.figures[c], columns_[c].width - 2 * kPadding)) return false;
+        }
+      }
+      return true;
+    };
+    const Metrics* m = &summary_small_;
+    FontRole role = FontRole::kSummarySmall;
+    if (all_fit(summary_)) {
+      m = &summary_;
+      role = FontRole::kSummary;
+    } else if (all_fit(body_)) {
+      m = &body_;
+      role = FontRole::kBody;
+    }
+
     const double height = 60 + rows.size() * summary_.spacing;
     if (y_ + height > bottom_) NewPage();
     y_ += 30;
     Line(kMargin, y_, right_, y_, 10);
     y_ += 30;
-    for (const auto& [label, kind] : rows) {
-      Text(kMargin + kPadding, y_ + summary_.ascent, FontRole::kSummary, label);
-      if (kind != 2) {
-        for (std::size_t c = 0; c < columns_.size(); ++c) {
-          const ColumnBox& column = columns_[c];
-          if (!column.numeric || c >= totals.sum.size()) continue;
-          const double sum = static_cast<double>(totals.sum[c]);
-          QString value;
-          if (kind == 0) {
-            value = FormatTotal(sum, column.format);
-          } else if (totals.count[c] > 0) {
-            value = FormatAverage(sum / static_cast<double>(totals.count[c]), column.format);
-          }
-          // The first column carries the label, so its figure sits right.
-          ColumnBox box = column;
-          if (c == 0) box.align = Align::kRight;
-          // A figure too wide for its column takes the smaller font (and
-          // reaches into its neighbour's room only if even that is too wide).
-          if (summary_.Fits(value, box.width - 2 * kPadding)) {
-            Cell(box, y_, summary_, FontRole::kSummary, value, true);
-          } else {
-            Cell(box, y_ + summary_.ascent - summary_small_.ascent, summary_small_,
-                 FontRole::kSummarySmall, value, true);
-          }
-        }
+    for (const SummaryRow& row : rows) {
+      Text(kMargin + kPadding, y_ + summary_.ascent, FontRole::kSummary, row.label);
+      for (std::size_t c = 0; c < row.figures.size(); ++c) {
+        // The first column carries the label, so its figure sits right.
+        ColumnBox box = columns_[c];
+        if (c == 0) box.align = Align::kRight;
+        Cell(box, y_ + summary_.ascent - m->ascent, *m, role, row.figures[c], true);
       }
       y_ += summary_.spacing;
     }
     y_ += body_.spacing / 2;
+  }
+
+  // The totals or the averages of the numeric columns, as printed; empty
+  // texts for the other columns.
+  std::vector<QString> Figures(const Aggregate& totals, bool averages) const {
+    std::vector<QString> figures(columns_.size());
+    for (std::size_t c = 0; c < columns_.size(); ++c) {
+      const ColumnBox& column = columns_[c];
+      if (!column.numeric || c >= totals.sum.size()) continue;
+      const double sum = static_cast<double>(totals.sum[c]);
+      if (!averages) {
+        figures[c] = FormatTotal(sum, column.format);
+      } else if (totals.count[c] > 0) {
+        figures[c] = FormatAverage(sum / static_cast<double>(totals.count[c]), column.format);
+      }
+    }
+    return figures;
   }
 
   void PageNumbers() {

@@ -15,7 +15,8 @@
 
 namespace cvve::reportengine {
 
-// kSummarySmall: a total or average too wide for its column in kSummary.
+// kSummarySmall: a row of totals or averages too wide for its columns in
+// kSummary and in kBody.
 enum class FontRole : std::uint8_t {
   kTitle,
   kHeader,

@@ -107,6 +107,7 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     }
   }
 
+  const bool show_progress = args.progress || isatty(STDERR_FILENO);
   try {
     const re::ReportDefinition def = re::LoadReportDefinition(args.file);
     re::RunSettings settings;
@@ -121,7 +122,6 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
       }
       settings.variables[key] = value;
     }
-    const bool show_progress = args.progress || isatty(STDERR_FILENO);
     if (show_progress) settings.progress = StderrProgress();
 
     re::Database db(options.database);
@@ -139,7 +139,9 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     if (!args.csv.empty()) re::WriteCsvFile(def, data, args.csv);
     if (show_progress) std::cerr << "\r";
     std::cerr << "viewedit report: " << data.RowCount() << " rows";
-    if (layout) std::cerr << ", " << layout->pages.size() << " pages";
+    if (layout) {
+      std::cerr << ", " << layout->pages.size() << (layout->pages.size() == 1 ? " page" : " pages");
+    }
     if (!args.pdf.empty()) std::cerr << " -> " << args.pdf;
     if (!args.csv.empty()) std::cerr << " -> " << args.csv;
     std::cerr << "\n";
@@ -150,7 +152,7 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
   } catch (const CLI::RuntimeError&) {
     throw;
   } catch (const std::exception& e) {
-    std::cerr << "\n";
+    if (show_progress) std::cerr << "\n";  // ends the progress line
     Fail(kReportError, e.what());
   }
   return 0;

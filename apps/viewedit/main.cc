@@ -7,7 +7,33 @@
 
 #include "commands.h"
 
+#if CVVE_WITH_QT
+#include <QString>
+#include <QtGlobal>
+#include <cstdio>
+
+namespace {
+
+// Qt warns on every start in a session without a runtime folder (a root
+// shell, cron, CI) and then uses one of its own: the warning only alarms.
+QtMessageHandler g_qt_handler = nullptr;
+
+void QtMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
+  if (g_qt_handler != nullptr) {
+    g_qt_handler(type, context, message);
+  } else {
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+  }
+}
+
+}  // namespace
+#endif
+
 int main(int argc, char** argv) {
+#if CVVE_WITH_QT
+  g_qt_handler = qInstallMessageHandler(QtMessages);
+#endif
   CLI::App app{"cvViewEdit: the editor of list and report profiles", "viewedit"};
   app.require_subcommand(0, 1);
   viewedit::HostOptions options;

@@ -3,6 +3,7 @@
 
 #include <QImage>
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -13,6 +14,7 @@
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
 #include "reportengine/report_runner.h"
+#include "reportengine/text_shaper.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -239,6 +241,57 @@ TEST(ReportOutputTest, GroupedPagesRepeatHeadingsAndCsvHasTheGroupColumn) {
   WriteCsv(odd.def, odd.data, text);
   EXPECT_EQ(text.str(),
             "A,B,C,\"Amount, $\"\r\n\"a,b\",\"say \"\"hi\"\"\",\"two\nlines\",\"$1,234.50\"\r\n");
+}
+
+// The totals and averages of a summary take one font: bold while every
+// figure fits, then the body's regular weight, then the small font; figures
+// are never cut.
+TEST(ReportOutputTest, SummaryFiguresTakeTheFirstFontAllFit) {
+  TempFolder folder;
+  // The figures right of a label on the last page, Balance first.
+  const auto figures_of = [](const Output& out, const char* label) {
+    const PageDescription& last = out.layout.pages.back();
+    const auto at = std::find_if(last.texts.begin(), last.texts.end(),
+                                 [label](const PageText& t) { return t.text == label; });
+    std::vector<PageText> figures;
+    if (at == last.texts.end()) return figures;
+    for (const PageText& text : last.texts) {
+      if (text.y == at->y && text.x > at->x) figures.push_back(text);
+    }
+    return figures;
+  };
+  CvrShape shape = AllAccounts();
+  shape.name = "Wide";
+  shape.columns[4].width = 3000;
+  const std::vector<PageText> wide = figures_of(Produce(shape, folder), "Total");
+  ASSERT_EQ(wide.size(), 2u);  // Balance and Days Late
+  const QString total = wide.front().text;
+
+  const LayoutFonts fonts(1.0);
+  const double bold = fonts.Of(FontRole::kSummary).Width(total);
+  const double regular = fonts.Of(FontRole::kBody).Width(total);
+  ASSERT_GT(bold, regular + 4);
+  const struct {
+    double width;  // of Balance, whose total is the widest figure
+    FontRole expected;
+  } cases[] = {{bold + 130, FontRole::kSummary},
+               {regular + 122, FontRole::kBody},
+               {regular + 100, FontRole::kSummarySmall},
+               {400, FontRole::kSummarySmall}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.width);
+    shape.name = "Width " + std::to_string(static_cast<int>(c.width));
+    shape.columns[4].width = static_cast<int>(std::ceil(c.width));
+    const Output out = Produce(shape, folder);
+    const std::vector<PageText> totals = figures_of(out, "Total");
+    const std::vector<PageText> averages = figures_of(out, "Average");
+    ASSERT_EQ(totals.size(), 2u);
+    ASSERT_EQ(averages.size(), 2u);
+    EXPECT_EQ(totals.front().text, total);
+    for (const auto* row : {&totals, &averages}) {
+      for (const PageText& text : *row) EXPECT_EQ(text.font, c.expected) << text.text.toStdString();
+    }
+  }
 }
 
 TEST(ReportOutputTest, EmptyReportStillHasAPage) {
