@@ -131,8 +131,8 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   column->addWidget(scroll_, 1);
 
   resize(1000, 800);
-  fit_ = Fit::kWidth;
-  zoom_ = FitZoom(fit_);
+  fit_ = Fit::kWidth;  // applied when the page area gets its size
+  scroll_->viewport()->installEventFilter(this);
   Render();
 }
 
@@ -281,15 +281,18 @@ void ReportViewerWindow::keyPressEvent(QKeyEvent* event) {
   }
 }
 
-void ReportViewerWindow::resizeEvent(QResizeEvent* event) {
-  QDialog::resizeEvent(event);
-  if (fit_ != Fit::kNone) {
+bool ReportViewerWindow::eventFilter(QObject* watched, QEvent* event) {
+  // The page area's own resize, not the window's: the area gets its size
+  // after the window (when the window is first shown, well after), so a fit
+  // worked out in the window's resize would use the old size.
+  if (watched == scroll_->viewport() && event->type() == QEvent::Resize && fit_ != Fit::kNone) {
     const double zoom = FitZoom(fit_);
     if (std::fabs(zoom - zoom_) > 0.005) {
       zoom_ = zoom;
       Render();
     }
   }
+  return QDialog::eventFilter(watched, event);
 }
 
 }  // namespace cvve::reportengine

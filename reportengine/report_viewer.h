@@ -51,7 +51,7 @@ class ReportViewerWindow : public QDialog {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
-  void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   enum class Fit { kNone, kWidth, kPage };

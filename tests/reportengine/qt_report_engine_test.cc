@@ -94,6 +94,16 @@ TEST(ReportViewerTest, NavigatesZoomsAndSaves) {
   const auto layout = dynamic_cast<const LaidOutResult&>(*result).Layout();
   ASSERT_GT(layout->pages.size(), 3u);
 
+  {
+    // A new window opens with the page fitted to its width.
+    ReportViewerWindow fresh(layout);
+    fresh.show();
+    QApplication::processEvents();
+    const double shown = fresh.ShownImage().width() / fresh.devicePixelRatioF();
+    EXPECT_GT(shown, fresh.width() * 0.8);
+    EXPECT_LE(shown, fresh.width());
+  }
+
   ReportViewerWindow window(layout);
   const int last = static_cast<int>(layout->pages.size()) - 1;
   EXPECT_EQ(window.PageCount(), last + 1);
