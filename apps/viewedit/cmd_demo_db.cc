@@ -1,6 +1,7 @@
 // viewedit demo-db: writes the demo dealer database (SQLite) that the demo
 // views and reports run on.
 #include <chrono>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -51,8 +52,8 @@ void RegisterDemoDbCommand(CLI::App& app) {
       std::cerr << "viewedit demo-db: wrote " << arguments->out << " (" << counts.accounts
                 << " accounts, " << counts.customers << " customers, " << counts.vehicles
                 << " vehicles, " << counts.deals << " deals, " << counts.history << " receipts, "
-                << counts.promises << " promises, " << counts.notes << " notes) in " << took.count()
-                << " s\n";
+                << counts.promises << " promises, " << counts.notes << " notes) in "
+                << std::fixed << std::setprecision(2) << took.count() << " s\n";
     } catch (const std::exception& e) {
       std::cerr << "viewedit demo-db: " << e.what() << "\n";
       throw CLI::RuntimeError(1);

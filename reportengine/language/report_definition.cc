@@ -1,6 +1,7 @@
 #include "reportengine/language/report_definition.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <pugixml.hpp>
@@ -153,8 +154,17 @@ ReportDefinition ParseReportDefinition(std::string_view xml, const std::string& 
 }
 
 ReportDefinition LoadReportDefinition(const std::string& path) {
+  // A folder opens as an empty stream on Linux: named before it reads as bad XML.
+  std::error_code ignored;
+  if (std::filesystem::is_directory(path, ignored)) {
+    throw Error(path + ": the report definition cannot be opened: it is a folder");
+  }
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw Error(path + ": the report definition cannot be opened");
+  if (!in) {
+    throw Error(path + ": the report definition cannot be opened: " +
+                (std::filesystem::exists(path, ignored) ? "it cannot be read"
+                                                        : "there is no such file"));
+  }
   std::ostringstream text;
   text << in.rdbuf();
   if (in.bad()) throw Error(path + ": the report definition cannot be read");

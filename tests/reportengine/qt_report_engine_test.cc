@@ -180,7 +180,7 @@ TEST_F(ViewEditCommandTest, ReportOutputsAndExitCodes) {
        "viewedit report: give either --pdf or --csv, not both"},
       {"report --pdf a.pdf", 2, "viewedit report: --pdf, --csv and --set need a report FILE"},
       {"report '" + folder_.Path("missing.cvr") + "'" + db + " --pdf x.pdf", 1,
-       "missing.cvr: the report definition cannot be opened"},
+       "missing.cvr: the report definition cannot be opened: there is no such file"},
       {"report '" + folder_.Write("broken.cvr", "<CustomReport>\n<Name>") + "'" + db +
            " --pdf x.pdf",
        1, "broken.cvr: line 2, column 6: "},
