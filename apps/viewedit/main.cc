@@ -10,21 +10,17 @@
 #if CVVE_WITH_QT
 #include <QString>
 #include <QtGlobal>
-#include <cstdio>
 
 namespace {
 
 // Qt warns on every start in a session without a runtime folder (a root
 // shell, cron, CI) and then uses one of its own: the warning only alarms.
+// Everything else goes on to Qt's own handler.
 QtMessageHandler g_qt_handler = nullptr;
 
 void QtMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   if (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
-  if (g_qt_handler != nullptr) {
-    g_qt_handler(type, context, message);
-  } else {
-    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
-  }
+  g_qt_handler(type, context, message);
 }
 
 }  // namespace
