@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/demo_database.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
@@ -116,7 +116,7 @@ void BM_ReportToPdf(benchmark::State& state, const Case* c) {
   long long rows = 0;
   std::size_t pages = 0;
   for (auto _ : state) {
-    re::Database db(BenchDatabase());
+    re::GuardedConnection db(BenchDatabase());
     const re::ReportData data = re::RunReport(def, db, settings);
     const re::ReportLayout layout = re::Paginate(def, data);
     re::WritePdf(layout, pdf);
@@ -132,7 +132,7 @@ void BM_RunAndLayout(benchmark::State& state, const Case* c) {
   const re::ReportDefinition def = Definition(*c);
   const re::RunSettings settings = Settings(*c);
   for (auto _ : state) {
-    re::Database db(BenchDatabase());
+    re::GuardedConnection db(BenchDatabase());
     const re::ReportData data = re::RunReport(def, db, settings);
     const re::ReportLayout layout = re::Paginate(def, data);
     benchmark::DoNotOptimize(layout.pages.size());

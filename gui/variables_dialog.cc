@@ -62,6 +62,14 @@ VariablesDialog::VariablesDialog(frmVariables& form, QWidget* parent)
   buttons->addStretch();
   auto* ok = new QPushButton(this);
   binder().Bind(form.cmdOK, ok);
+  // Connected after the binding, so it runs once OK's check has spoken.
+  connect(ok, &QPushButton::clicked, this, [this] {
+    const int slot = form_.BadValueSlot();
+    if (slot < 0 || slot >= kVariableSlots) return;
+    QLineEdit* field = values_[static_cast<std::size_t>(slot)];
+    field->setFocus();
+    field->selectAll();
+  });
   ok->setDefault(true);
   ok->setAutoDefault(true);
   ok->setMinimumWidth(88);

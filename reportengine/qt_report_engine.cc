@@ -4,7 +4,7 @@
 #include <QWidget>
 
 #include "base/error.h"
-#include "reportengine/database.h"
+#include "reportengine/background_report.h"
 #include "reportengine/report_viewer.h"
 
 namespace cvve::reportengine {
@@ -21,8 +21,12 @@ int LaidOutResult::Count() const {
   return data_.RowCount() == 0 ? 0 : static_cast<int>(layout_->pages.size());
 }
 
-SqlReport::SqlReport(EngineSettings settings, ProgressFunction progress)
-    : settings_(std::move(settings)), progress_(std::move(progress)) {}
+SqlReport::SqlReport(EngineSettings settings, ProgressFunction progress, bool in_background,
+                     QWidget* window)
+    : settings_(std::move(settings)),
+      progress_(std::move(progress)),
+      in_background_(in_background),
+      window_(window) {}
 
 void SqlReport::Load(const std::string& path) {
   def_ = LoadReportDefinition(path);
@@ -65,8 +69,13 @@ std::unique_ptr<ReportResult> SqlReport::Run() {
     if (!values_[i].empty()) run.variables[def_.variables[i].name] = values_[i];
     used.push_back(def_.variables[i].name + "=" + values_[i]);
   }
-  Database db(settings_.database);
-  ReportData data = RunReport(def_, db, run);
+  ReportData data;
+  if (in_background_) {
+    data = RunReportInBackground(def_, run, settings_.database, settings_.limits, window_);
+  } else {
+    GuardedConnection db(settings_.database, settings_.limits);
+    data = RunReport(def_, db, run);
+  }
   warnings_ = data.warnings;
   auto layout = std::make_shared<const ReportLayout>(Paginate(def_, data, progress_));
   return std::make_unique<LaidOutResult>(def_, std::move(data), std::move(layout), std::move(used));
@@ -118,7 +127,8 @@ QtReportEngine::QtReportEngine(EngineSettings settings, QWidget* parent)
     : settings_(std::move(settings)), parent_(parent) {}
 
 std::unique_ptr<Report> QtReportEngine::CreateReport() {
-  return std::make_unique<SqlReport>(settings_, GuiProgress(parent_, QStringLiteral("Report")));
+  return std::make_unique<SqlReport>(settings_, GuiProgress(parent_, QStringLiteral("Report")),
+                                     true, parent_);
 }
 
 std::unique_ptr<ReportViewer> QtReportEngine::CreateViewer() {

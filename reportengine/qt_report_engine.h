@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "reportengine/guard/limits.h"
 #include "reportengine/paginator.h"
 #include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
@@ -18,8 +19,9 @@ class QWidget;
 namespace cvve::reportengine {
 
 struct EngineSettings {
-  std::string database;    // URL (see database.h); "" the demo database
+  std::string database;    // URL (see guard/guarded_connection.h); "" the demo database
   std::string user_where;  // the host's %USERWHERE% condition; "" stands for "1=1"
+  QueryLimits limits;      // of each statement
 };
 
 // What a run produced: the rows and their pages.
@@ -45,7 +47,11 @@ class LaidOutResult : public ReportResult {
 
 class SqlReport : public Report {
  public:
-  SqlReport(EngineSettings settings, ProgressFunction progress);
+  // In the background the statements run off this thread (the window stays
+  // alive, its progress dialog's Cancel stops them at the database);
+  // otherwise in this thread, with `progress`.
+  SqlReport(EngineSettings settings, ProgressFunction progress, bool in_background = false,
+            QWidget* window = nullptr);
 
   // Throws cvve::Error naming the file (line and column where they help).
   void Load(const std::string& path) override;
@@ -56,7 +62,8 @@ class SqlReport : public Report {
   std::string VariableValue(int position) const override;
   void SetVariableValue(int position, const std::string& value) override;
   // A LaidOutResult (Count 0 when no rows). Throws cvve::Error when nothing
-  // is loaded or the run fails, Cancelled when the user stops it.
+  // is loaded or the run fails (BadVariable, GuardError: see RunReport),
+  // Cancelled when the user stops it.
   std::unique_ptr<ReportResult> Run() override;
 
   // Warnings of the last run (variables without a value).
@@ -67,6 +74,8 @@ class SqlReport : public Report {
 
   EngineSettings settings_;
   ProgressFunction progress_;
+  bool in_background_;
+  QWidget* window_;
   bool loaded_ = false;
   ReportDefinition def_;
   std::vector<std::string> values_;

@@ -1,15 +1,12 @@
 #include "reportengine/report_runner.h"
 
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
 #include <optional>
 #include <set>
 
 #include "base/text.h"
-#include "reportengine/database.h"
 #include "reportengine/language/report_expression.h"
 #include "reportengine/value_format.h"
+#include "variables/variable_values.h"
 
 namespace cvve::reportengine {
 
@@ -25,7 +22,7 @@ struct ColumnPlan {
 
 class Runner {
  public:
-  Runner(const ReportDefinition& def, Database* db, const RunSettings& settings)
+  Runner(const ReportDefinition& def, GuardedConnection* db, const RunSettings& settings)
       : def_(def), db_(db), settings_(settings) {
     for (const auto& [name, value] : settings.variables) values_[VariableKey(name)] = value;
     // Dates are typed the way people write them but compared as the database
@@ -80,23 +77,41 @@ class Runner {
     return statement;
   }
 
-  QSqlQuery Execute(const std::string& statement, const char* element) {
-    QSqlQuery query(db_->Handle());
-    query.setForwardOnly(true);
-    if (!query.exec(QString::fromStdString(statement))) {
+  // Runs `step` of a statement; its failures name the report, the element
+  // and the statement, and keep their kind (a guard's stop, a cancel).
+  template <class Step>
+  auto Guarded(const char* element, const std::string& statement, bool reading, Step&& step) {
+    try {
+      return step();
+    } catch (const GuardError& e) {
+      throw GuardError(e.kind(), def_.source + ": the " + element + " was stopped: " + e.what() +
+                                     "\nThe statement was: " + statement);
+    } catch (const Cancelled&) {
+      throw;
+    } catch (const Error& e) {
+      if (reading) {
+        throw Error(def_.source + ": reading the rows of the " + element + " failed: " + e.what());
+      }
       throw Error(def_.source + ": the " + element + " failed on " + db_->Description() + ": " +
-                  query.lastError().text().toStdString() + "\nThe statement was: " + statement);
+                  e.what() + "\nThe statement was: " + statement);
     }
-    return query;
+  }
+
+  GuardedQuery Execute(const std::string& statement, const char* element) {
+    return Guarded(element, statement, false, [&] { return db_->Execute(statement); });
+  }
+
+  bool Next(GuardedQuery& query, const char* element, const std::string& statement) {
+    return Guarded(element, statement, true, [&] { return query.Next(); });
   }
 
   void Check(const QString& stage, long long done, long long total) {
     if (settings_.progress && !settings_.progress(stage, done, total)) throw Cancelled();
   }
 
-  void ReadRows(QSqlQuery& query, ReportGroup& group, const char* element,
+  void ReadRows(GuardedQuery& query, ReportGroup& group, const char* element,
                 const std::string& statement) {
-    const int available = query.record().count();
+    const int available = query.ColumnCount();
     if (available < sql_columns_) {
       throw Error(def_.source + ": the " + element + " returns " + std::to_string(available) +
                   " columns, but the report has " + std::to_string(sql_columns_) +
@@ -106,7 +121,7 @@ class Runner {
     group.totals.sum.assign(width, 0);
     group.totals.count.assign(width, 0);
     long long line = 0;
-    while (query.next()) {
+    while (Next(query, element, statement)) {
       ++line;
       for (std::size_t c = 0; c < width; ++c) {
         const ColumnPlan& plan = plans_[c];
@@ -114,7 +129,7 @@ class Runner {
           group.cells.push_back(plan.line_number ? QString::number(line) : QString());
           continue;
         }
-        const QVariant value = query.value(plan.source);
+        const QVariant value = query.Value(plan.source);
         group.cells.push_back(FormatCell(value, plan.kind));
         if (plan.numeric) {
           if (const std::optional<double> number = NumericValue(value)) {
@@ -124,10 +139,6 @@ class Runner {
         }
       }
       if ((line & 1023) == 0) Check(QStringLiteral("Reading rows"), data_.totals.rows + line, 0);
-    }
-    if (query.lastError().isValid()) {
-      throw Error(def_.source + ": reading the rows of the " + element +
-                  " failed: " + query.lastError().text().toStdString());
     }
     group.totals.rows = line;
   }
@@ -139,7 +150,7 @@ class Runner {
     if (!def_.grouped) {
       const std::string statement = Statement(def_.statement, "Statement", nullptr);
       Check(QStringLiteral("Running the statement"), 0, 0);
-      QSqlQuery query = Execute(statement, "Statement");
+      GuardedQuery query = Execute(statement, "Statement");
       ReportGroup group;
       ReadRows(query, group, "Statement", statement);
       data_.totals.Add(group.totals);
@@ -151,11 +162,13 @@ class Runner {
     Check(QStringLiteral("Finding the groups"), 0, 0);
     std::vector<QString> values;
     {
-      QSqlQuery query = Execute(group_statement, "GroupStatement");
-      if (query.record().count() < 1) {
+      GuardedQuery query = Execute(group_statement, "GroupStatement");
+      if (query.ColumnCount() < 1) {
         throw Error(def_.source + ": the GroupStatement returns no column");
       }
-      while (query.next()) values.push_back(RawText(query.value(0)));
+      while (Next(query, "GroupStatement", group_statement)) {
+        values.push_back(RawText(query.Value(0)));
+      }
     }
     const ValueKind group_kind = KindOf(def_.group_format);
     const QString title = QString::fromStdString(def_.group_title);
@@ -163,7 +176,7 @@ class Runner {
       Check(QStringLiteral("Running the groups"), static_cast<long long>(g),
             static_cast<long long>(values.size()));
       const std::string statement = Statement(def_.statement, "Statement", &values[g]);
-      QSqlQuery query = Execute(statement, "Statement");
+      GuardedQuery query = Execute(statement, "Statement");
       ReportGroup group;
       group.value = values[g];
       group.display = FormatCell(QVariant(values[g]), group_kind);
@@ -178,7 +191,7 @@ class Runner {
 
  private:
   const ReportDefinition& def_;
-  Database* db_;  // none: statements are only evaluated
+  GuardedConnection* db_;  // none: statements are only evaluated
   const RunSettings& settings_;
   std::map<std::string, std::string> values_;
   std::vector<ColumnPlan> plans_;
@@ -207,7 +220,23 @@ std::string VariableKey(std::string_view name) {
   return key;
 }
 
-ReportData RunReport(const ReportDefinition& def, Database& db, const RunSettings& settings) {
+void CheckVariables(const ReportDefinition& def,
+                    const std::map<std::string, std::string>& values) {
+  for (const ReportVariable& variable : def.variables) {
+    const auto it = values.find(VariableKey(variable.name));
+    if (it == values.end() || it->second.empty()) continue;
+    if (const std::optional<std::string> problem = VariableValueProblem(variable.type, it->second)) {
+      throw BadVariable(def.source + ": " +
+                        BadVariableMessage(variable.name, it->second, *problem));
+    }
+  }
+}
+
+ReportData RunReport(const ReportDefinition& def, GuardedConnection& db,
+                     const RunSettings& settings) {
+  std::map<std::string, std::string> values;
+  for (const auto& [name, value] : settings.variables) values[VariableKey(name)] = value;
+  CheckVariables(def, values);
   return Runner(def, &db, settings).Run();
 }
 

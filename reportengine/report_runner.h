@@ -9,20 +9,20 @@
 #include <vector>
 
 #include "base/error.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/language/report_definition.h"
 
 namespace cvve::reportengine {
-
-class Database;
 
 // Called now and then while a report runs or renders: `done` of `total`
 // steps (total 0: unknown). Returning false cancels the run.
 using ProgressFunction = std::function<bool(const QString& stage, long long done, long long total)>;
 
-// Thrown when a progress function asked to stop.
-class Cancelled : public Error {
+// Thrown before anything runs when a variable's value does not suit its type;
+// the message names the variable and the value.
+class BadVariable : public Error {
  public:
-  Cancelled() : Error("the report was cancelled") {}
+  using Error::Error;
 };
 
 // Sums of the numeric columns of a set of rows.
@@ -58,10 +58,18 @@ struct RunSettings {
   ProgressFunction progress;
 };
 
-// Throws cvve::Error naming the report file and the statement for an
-// expression or SQL error (with the database's message), and Cancelled.
-// Groups whose statement selects no rows are left out.
-ReportData RunReport(const ReportDefinition& def, Database& db, const RunSettings& settings);
+// Throws BadVariable for a value that does not suit its variable's type
+// (values by VariableKey; variables the report does not declare and empty
+// values are not checked).
+void CheckVariables(const ReportDefinition& def, const std::map<std::string, std::string>& values);
+
+// Checks the variables, then runs. Throws BadVariable; GuardError for a
+// statement the guard refused or a run it stopped at a limit, and cvve::Error
+// for an expression or SQL error (with the database's message), each naming
+// the report file and the statement; and Cancelled. Groups whose statement
+// selects no rows are left out.
+ReportData RunReport(const ReportDefinition& def, GuardedConnection& db,
+                     const RunSettings& settings);
 
 // The statement text a report runs first (the group statement of a grouped
 // report, else its statement), for tests and benchmarks.

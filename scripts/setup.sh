@@ -9,7 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   libharfbuzz-dev zlib1g-dev fonts-dejavu-core
-  sqlite3 libsqlite3-dev
+  sqlite3 libsqlite3-dev libpq-dev
   xvfb xauth poppler-utils
 )
 [[ "${CVVE_WITH_POSTGRES:-1}" == 1 ]] && packages+=(postgresql)

@@ -126,6 +126,7 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
   cvve::reportengine::EngineSettings engine;
   engine.database = options.database;
   engine.user_where = options.user_where;
+  engine.limits = cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit);
   cvve::gui::QtScreen screen(std::make_unique<cvve::reportengine::QtReportEngine>(engine));
   cvve::EditorEnvironment env{host, screen.prompter(), screen.dialogs(), screen.reports()};
 

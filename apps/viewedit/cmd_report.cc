@@ -18,7 +18,7 @@
 #include <QGuiApplication>
 
 #include "reportengine/csv_writer.h"
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
 #include "reportengine/language/report_definition.h"
@@ -33,7 +33,9 @@ void RegisterDemoDbCommand(CLI::App& app);  // cmd_demo_db.cc
 namespace {
 
 constexpr int kReportError = 1;
-constexpr int kUsageError = 2;
+constexpr int kUsageError = 2;  // also a variable's value that does not suit its type
+constexpr int kRefused = 3;     // a statement that would not only read
+constexpr int kLimit = 4;       // the time or row limit ended the run
 
 struct ReportArguments {
   std::string file;
@@ -123,8 +125,15 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
       settings.variables[key] = value;
     }
     if (show_progress) settings.progress = StderrProgress();
+    re::CheckVariables(def, settings.variables);
+    re::QueryLimits limits;
+    try {
+      limits = re::ResolveLimits(options.timeout_seconds, options.row_limit);
+    } catch (const std::exception& e) {
+      Fail(kUsageError, e.what());
+    }
 
-    re::Database db(options.database);
+    re::GuardedConnection db(options.database, limits);
     const re::ReportData data = re::RunReport(def, db, settings);
     for (const std::string& warning : data.warnings) {
       if (show_progress) std::cerr << "\r";
@@ -151,6 +160,12 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     }
   } catch (const CLI::RuntimeError&) {
     throw;
+  } catch (const re::BadVariable& e) {
+    if (show_progress) std::cerr << "\n";
+    Fail(kUsageError, e.what());
+  } catch (const re::GuardError& e) {
+    if (show_progress) std::cerr << "\n";
+    Fail(e.kind() == re::GuardError::Kind::kRefused ? kRefused : kLimit, e.what());
   } catch (const std::exception& e) {
     if (show_progress) std::cerr << "\n";  // ends the progress line
     Fail(kReportError, e.what());
@@ -168,7 +183,8 @@ void RegisterReportCommands(CLI::App& app, HostOptions& options) {
       "report",
       "Run a custom report (.cvr) and write it as PDF (--pdf) or CSV (--csv), or show it in "
       "the report viewer. Without FILE, open the editor in report mode. Exit codes: 0 done, "
-      "1 report error, 2 usage.");
+      "1 report error, 2 usage or a variable's value unfit for its type, 3 a statement "
+      "refused (reports only read), 4 the time or row limit reached.");
   AddHostOptions(*command, options);
   command->add_option("FILE", args->file, "The report definition (.cvr)");
   command->add_option("--set", args->sets,

@@ -75,7 +75,9 @@ int RunScript(const ScriptArguments& args, const HostOptions& options) {
   }
   cvve::DefaultHostServices host = MakeHost(options);
 #if CVVE_WITH_QT
-  LazyPreviewEngine reports({options.database, options.user_where});
+  LazyPreviewEngine reports(
+      {options.database, options.user_where,
+       cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit)});
   cvve::script::ScriptRunner runner(host, std::cout, &reports);
 #else
   cvve::script::ScriptRunner runner(host, std::cout);

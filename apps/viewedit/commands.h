@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/host_services.h"
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct HostOptions {
   std::string users;           // --users a,b,c (default: users.txt of the views folder)
   std::string database;        // --database URL for reports
   std::string user_where = "1=1";  // --user-where: the current user's %USERWHERE% condition
+  std::optional<double> timeout_seconds;  // --timeout: of each report statement
+  std::optional<long long> row_limit;     // --row-limit: of each report statement
 };
 
 enum class EntryMethod { kAcct, kInv, kEod, kReport, kEdit };
@@ -26,7 +29,8 @@ enum class EntryMethod { kAcct, kInv, kEod, kReport, kEdit };
 cvve::DefaultHostServices MakeHost(const HostOptions& options);
 // Adds --views-folder, --reports-folder and --users to a (sub-)command.
 void AddHostOptions(CLI::App& command, HostOptions& options);
-// Adds --database and --user-where, for commands that run reports.
+// Adds --database, --user-where, --timeout and --row-limit, for commands
+// that run reports.
 void AddReportDatabaseOptions(CLI::App& command, HostOptions& options);
 
 // Opens the editor window on a file set (files: VIEWS DEFAULTS SETUP for

@@ -50,6 +50,12 @@ void AddReportDatabaseOptions(CLI::App& command, HostOptions& options) {
       .add_option("--user-where", options.user_where,
                   "The host's condition for the current user, put in for %USERWHERE%")
       ->capture_default_str();
+  command.add_option("--timeout", options.timeout_seconds,
+                     "Stop a report statement after this many seconds (default: timeout_seconds "
+                     "in [database] of the settings file, else 60)");
+  command.add_option("--row-limit", options.row_limit,
+                     "Stop a report statement that returns more rows (default: row_limit in "
+                     "[database] of the settings file, else 1000000)");
 }
 
 }  // namespace viewedit

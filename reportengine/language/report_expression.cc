@@ -5,6 +5,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "variables/variable_values.h"
 
 namespace cvve::reportengine {
 
@@ -137,42 +138,13 @@ class Parser {
   std::size_t pos_ = 0;
 };
 
-bool AllDigits(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-    return std::isdigit(static_cast<unsigned char>(c));
-  });
-}
-
 }  // namespace
 
 Evaluation EvaluateExpression(std::string_view expression, const ExpressionContext& context) {
   return Parser(expression, context).Run();
 }
 
-std::optional<std::string> IsoDate(std::string_view text) {
-  int year = 0, month = 0, day = 0;
-  const std::vector<std::string> dashed = Split(text, '-');
-  const std::vector<std::string> slashed = Split(text, '/');
-  if (dashed.size() == 3 && dashed[0].size() == 4 && dashed[1].size() == 2 &&
-      dashed[2].size() == 2 && AllDigits(dashed[0]) && AllDigits(dashed[1]) &&
-      AllDigits(dashed[2])) {
-    year = std::stoi(dashed[0]);
-    month = std::stoi(dashed[1]);
-    day = std::stoi(dashed[2]);
-  } else if (slashed.size() == 3 && slashed[0].size() <= 2 && slashed[1].size() <= 2 &&
-             slashed[2].size() == 4 && AllDigits(slashed[0]) && AllDigits(slashed[1]) &&
-             AllDigits(slashed[2])) {
-    month = std::stoi(slashed[0]);
-    day = std::stoi(slashed[1]);
-    year = std::stoi(slashed[2]);
-  } else {
-    return std::nullopt;
-  }
-  if (month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d", year, month, day);
-  return std::string(buffer);
-}
+std::optional<std::string> IsoDate(std::string_view text) { return IsoFromDate(text); }
 
 std::string PrepareStatement(std::string_view value, std::string_view user_where) {
   std::string statement = ReplaceAll(value, "CQ:", "");

@@ -36,7 +36,7 @@ Evaluation EvaluateExpression(std::string_view expression, const ExpressionConte
 std::string PrepareStatement(std::string_view value, std::string_view user_where);
 
 // A date as the database keeps it ("YYYY-MM-DD") from MM/DD/YYYY, M/D/YYYY
-// or YYYY-MM-DD; nothing for any other text.
+// or YYYY-MM-DD; nothing for any other text or a day the calendar lacks.
 std::optional<std::string> IsoDate(std::string_view text);
 
 }  // namespace cvve::reportengine

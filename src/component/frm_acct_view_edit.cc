@@ -95,7 +95,12 @@ void frmAcctViewEdit::SetReportMode(std::int16_t mode) {
 }
 
 frmVariables& frmAcctViewEdit::Variables() {
-  if (!variables_) variables_ = std::make_unique<frmVariables>();
+  if (!variables_) {
+    variables_ = std::make_unique<frmVariables>();
+    variables_->on_bad_value = [this](const std::string& message, int) {
+      Prompt().MsgBox(message, ui::Buttons::kOk, ui::Icon::kExclamation, "Report Variables");
+    };
+  }
   return *variables_;
 }
 

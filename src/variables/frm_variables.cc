@@ -1,6 +1,7 @@
 #include "variables/frm_variables.h"
 
 #include "base/error.h"
+#include "variables/variable_values.h"
 
 namespace cvve {
 
@@ -77,6 +78,25 @@ void frmVariables::GetVariable(int slot, std::string& caption, std::string& type
   caption = txtVariableCaption[slot].Text();
   type = cmbVariable[slot].Text();
   name = txtVariableName[slot].Text();
+}
+
+void frmVariables::cmdOK_Click() {
+  bad_value_slot_ = -1;
+  if (value_entry_) {
+    for (int i = 0; i < kVariableSlots; ++i) {
+      const std::string& value = txtValue[i].Text();
+      if (txtVariableName[i].Text().empty() || value.empty()) continue;
+      const auto problem = VariableValueProblem(cmbVariable[i].Text(), value);
+      if (!problem) continue;
+      bad_value_slot_ = i;
+      Touch();
+      if (on_bad_value) {
+        on_bad_value(BadVariableMessage(txtVariableName[i].Text(), value, *problem), i);
+      }
+      return;
+    }
+  }
+  Hide();
 }
 
 std::string frmVariables::GetValue(int slot) const {

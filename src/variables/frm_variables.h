@@ -2,6 +2,7 @@
 // The report variables dialog, which is also the store of the four variable
 // slots: each slot's caption, type, name and value live in its controls.
 #include <array>
+#include <functional>
 #include <string>
 
 #include "ui/combo_box.h"
@@ -35,8 +36,14 @@ class frmVariables : public ui::Form {
                    const std::string& name);
   void GetVariable(int slot, std::string& caption, std::string& type, std::string& name) const;
   std::string GetValue(int slot) const;
-  // Closes the dialog; definitions and values stay.
-  void cmdOK_Click() { Hide(); }
+  // Closes the dialog; definitions and values stay. In value entry a value
+  // that does not suit its variable's type keeps the dialog open on that
+  // slot and is reported through on_bad_value.
+  void cmdOK_Click();
+  // The slot OK last refused (-1: none).
+  int BadValueSlot() const { return bad_value_slot_; }
+  // Told the message naming the variable and the value, and the slot.
+  std::function<void(const std::string& message, int slot)> on_bad_value;
 
   // The dimension InputMode sets, in twips.
   int width_twips = 6795;
@@ -54,6 +61,7 @@ class frmVariables : public ui::Form {
  private:
   static void CheckSlot(int slot);
   bool value_entry_ = false;
+  int bad_value_slot_ = -1;
 };
 
 }  // namespace cvve

@@ -8,7 +8,7 @@
 
 #include "base/error.h"
 #include "report_test_support.h"
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -66,7 +66,7 @@ TEST(DemoDatabaseTest, DefaultDatabaseIsMadeOnceInTheCache) {
   const std::string first = DefaultDemoDatabase();
   const auto made = std::filesystem::last_write_time(first);
   const std::string second = DefaultDemoDatabase();
-  const bool opens = Database("").Handle().isOpen();  // an empty URL is this database
+  const bool opens = GuardedConnection("").Execute("SELECT 1").Next();  // an empty URL is this
   if (old) {
     setenv("XDG_CACHE_HOME", saved.c_str(), 1);
   } else {

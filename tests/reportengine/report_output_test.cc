@@ -10,7 +10,7 @@
 
 #include "report_test_support.h"
 #include "reportengine/csv_writer.h"
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
 #include "reportengine/report_runner.h"

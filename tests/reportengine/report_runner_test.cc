@@ -6,7 +6,7 @@
 
 #include "base/error.h"
 #include "report_test_support.h"
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -25,7 +25,7 @@ using testing::TempFolder;
 class ReportRunnerTest : public ::testing::Test {
  protected:
   ReportData Run(const CvrShape& shape, RunSettings settings = {}) {
-    Database db(SmallDatabase());
+    GuardedConnection db(SmallDatabase());
     return RunReport(Define(folder_, shape), db, settings);
   }
 
@@ -191,7 +191,7 @@ TEST_F(ReportRunnerTest, ProgressCanCancel) {
 }
 
 TEST_F(ReportRunnerTest, DatabaseUrls) {
-  EXPECT_NO_THROW(Database("sqlite://" + SmallDatabase()));
+  EXPECT_NO_THROW(GuardedConnection("sqlite://" + SmallDatabase()));
   const std::pair<const char*, const char*> cases[] = {
       {"/no/such/dealer.db", "the database file '/no/such/dealer.db' does not exist"},
       {"sqlite:///no/such/dealer.db", "the database file '/no/such/dealer.db' does not exist"},
@@ -199,7 +199,7 @@ TEST_F(ReportRunnerTest, DatabaseUrls) {
   };
   for (const auto& [url, message] : cases) {
     try {
-      Database db(url);
+      GuardedConnection db(url);
       ADD_FAILURE() << url;
     } catch (const Error& e) {
       if (message) {

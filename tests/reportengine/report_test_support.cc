@@ -11,7 +11,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "reportengine/database.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/demo_database.h"
 
 namespace cvve::reportengine::testing {
@@ -144,7 +144,7 @@ CvrShape ActiveByCollector(const std::string& and_where) {
 Output Produce(const CvrShape& shape, const TempFolder& folder, const RunSettings& settings) {
   Output out;
   out.def = Define(folder, shape);
-  Database db(SmallDatabase());
+  GuardedConnection db(SmallDatabase());
   out.data = RunReport(out.def, db, settings);
   out.layout = Paginate(out.def, out.data);
   return out;
