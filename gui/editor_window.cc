@@ -376,6 +376,11 @@ void EditorWindow::BuildLayout() {
   changed_->setObjectName("lblUnsaved");
   changed_->setStyleSheet("color: #a04a00; font-weight: bold;");
   closing->addWidget(changed_);
+  // The status line: where a file the editor could not read was kept.
+  auto* status = new QLabel(this);
+  status->setObjectName("lblStatus");
+  status->setVisible(false);
+  closing->addWidget(status);
   closing->addSpacing(12);
   auto* ok = new QPushButton(this);
   binder_.Bind(ed_.cmdOK, ok);

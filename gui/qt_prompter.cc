@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <cstdio>
 
 namespace cvve::gui {
 
@@ -112,6 +113,18 @@ std::string QtPrompter::InputBox(const std::string& prompt, const std::string& t
   const int result = dialog.exec();
   if (waiting) QApplication::restoreOverrideCursor();
   return result == QDialog::Accepted ? dialog.textValue().toStdString() : std::string();
+}
+
+void QtPrompter::ShowStatus(const std::string& text) {
+  QWidget* window = DialogParent();
+  QLabel* status = window ? window->findChild<QLabel*>("lblStatus") : nullptr;
+  if (!status) {
+    std::fprintf(stderr, "viewedit: %s\n", text.c_str());
+    return;
+  }
+  status->setText(Q(text));
+  status->setToolTip(Q(text));
+  status->setVisible(true);
 }
 
 void QtPrompter::SetWaitCursor(bool on) {

@@ -26,6 +26,8 @@ class QtPrompter : public ui::Prompter {
   void SetWaitCursor(bool on) override;
   void ShowNotice(const std::string& title, const std::string& text) override;
   void CloseNotice() override;
+  // Into the window's "lblStatus" label; on standard error when there is none.
+  void ShowStatus(const std::string& text) override;
 
   // The notice window while it is open, else nullptr.
   QWidget* Notice() const { return notice_; }

@@ -1,6 +1,7 @@
 // `viewedit script FILE|-`: the editor driven headless, one command a line
 // (docs/script.md). Output goes to stdout; the first failing line is reported
 // on stderr as "line N: message" and the exit code is 1.
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -59,11 +60,12 @@ class LazyPreviewEngine : public cvve::ReportEngine {
 int RunScript(const ScriptArguments& args, const HostOptions& options) {
   const std::string& file = args.file;
   std::string text;
-  if (file == "-") {
-    std::stringstream in;
-    in << std::cin.rdbuf();
-    text = in.str();
-  } else {
+  if (file != "-") {
+    std::error_code ec;
+    if (std::filesystem::is_directory(file, ec)) {
+      std::cerr << "viewedit script: '" << file << "' is a folder, not a script\n";
+      return 2;
+    }
     std::ifstream in(file, std::ios::binary);
     if (!in) {
       std::cerr << "viewedit script: cannot read '" << file << "'\n";
@@ -83,7 +85,12 @@ int RunScript(const ScriptArguments& args, const HostOptions& options) {
   cvve::script::ScriptRunner runner(host, std::cout);
 #endif
   try {
-    runner.Run(text);
+    // From standard input each line runs as it arrives.
+    if (file == "-") {
+      runner.Run(std::cin);
+    } else {
+      runner.Run(text);
+    }
   } catch (const cvve::script::ScriptError& e) {
     std::cout.flush();
     std::cerr << e.what() << "\n";

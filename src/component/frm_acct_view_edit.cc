@@ -3,6 +3,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "columns/column_selection.h"
+#include "filesafety/guarded_writes.h"
 #include "filters/advanced_filter.h"
 #include "filters/filter_list.h"
 #include "filters/value_editors.h"
@@ -136,7 +137,15 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
     return path.size() >= 4 && ToLower(path.substr(path.size() - 4)) == ".xml";
   };
   if (is_xml(DefaultsPath) && Host().FileExists(DefaultsPath)) DefaultsDoc.Load(DefaultsPath);
-  if (is_xml(ViewsPath) && Host().FileExists(ViewsPath)) ViewsDoc.Load(ViewsPath);
+  if (InReportMode()) {
+    // An interrupted change of report files is finished before they are listed.
+    views_loaded = {};
+    views_edits.Clear();
+    report_loaded_cvx = report_loaded_cvr = {};
+    filesafety::RecoverReportsFolder(ViewsPath);
+  } else {
+    filesafety::LoadViewsFile(*this, is_xml(ViewsPath) && Host().FileExists(ViewsPath));
+  }
   if (Host().FileExists(SetupPath)) SetupDoc.Load(SetupPath);
 
   for (int position = 1; position <= lstFilters.ColumnCount(); ++position) {
@@ -203,13 +212,10 @@ void frmAcctViewEdit::cmdOK_Click() {
     }
   }
   if (!InReportMode()) {
-    try {
-      ViewsDoc.Save(ViewsPath);
-    } catch (const std::exception& e) {
-      // The old file is whole; say so and keep the editor open so nothing is lost.
-      ShowError("Error in cmdOK_Click: ", e);
-      return;
-    }
+    // Under the file's lock, merged with what others wrote meanwhile; on any
+    // failure the old file is whole, the user was told, and the editor stays
+    // open so nothing is lost.
+    if (!filesafety::WriteViewsFile(*this)) return;
   }
   Close();
 }

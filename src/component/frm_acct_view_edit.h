@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "component/editor_environment.h"
+#include "filesafety/file_identity.h"
+#include "filesafety/views_merge.h"
 #include "filters/frm_acct_view_advanced.h"
 #include "ui/combo_box.h"
 #include "ui/form.h"
@@ -76,6 +78,12 @@ class frmAcctViewEdit : public ui::Form {
   bool FilterErrorShown = false;
   bool ProfileChanged = false;
   std::string DataSetSQL;
+  // The views file as loaded, and what this editor did to its profiles since
+  // (for the merge at OK when the file changed on disk meanwhile).
+  filesafety::LoadedFile views_loaded;
+  filesafety::EditJournal views_edits;
+  // The current report's two files as loaded or last written (report mode).
+  filesafety::LoadedFile report_loaded_cvx, report_loaded_cvr;
   std::string CurrentProfileName;
   std::vector<std::int32_t> FilterRowColor;
   std::vector<std::int16_t> FilterRowInputCount;

@@ -1,11 +1,14 @@
 #include "profiles/profile_commands.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "base/error.h"
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
+#include "filesafety/guarded_writes.h"
 #include "host/host_services.h"
 #include "profiles/profile_saver.h"
 #include "profiles/views_tree.h"
@@ -53,11 +56,6 @@ struct ReportFiles {
     std::error_code ec;
     return fs::exists(cvx, ec) || fs::exists(cvr, ec);
   }
-  void Remove() const {
-    std::error_code ignored;
-    fs::remove(cvx, ignored);
-    fs::remove(cvr, ignored);
-  }
 };
 
 // The files of report `name` beside the current report.
@@ -93,19 +91,20 @@ void SetCurrentName(frmAcctViewEdit& ed, const std::string& name) {
   ed.txtCurrProf.SetText(name);
 }
 
-// Copies a report definition under a new report name. It is read and written
-// again rather than copied byte for byte so that its Name follows the copy;
-// the write is atomic. A missing source is nothing to copy.
-void CopyReportDefinition(const std::string& from, const std::string& to, const std::string& name) {
+// A report definition under a new report name. It is read and written again
+// rather than copied byte for byte so that its Name follows the copy. A
+// missing source is nothing to copy.
+std::optional<std::string> CopiedReportDefinition(const std::string& from,
+                                                  const std::string& name) {
   std::error_code ec;
-  if (!fs::exists(from, ec)) return;
+  if (!fs::exists(from, ec)) return std::nullopt;
   DocumentCursor definition;
   // Whitespace-only values are values here, not indentation.
   const pugi::xml_parse_result parsed = definition.Document().load_file(
       from.c_str(), pugi::parse_default | pugi::parse_declaration | pugi::parse_ws_pcdata_single);
   if (!parsed) throw Error("Cannot read '" + from + "': " + parsed.description());
   if (XmlNode title = definition.Root().child("Name")) SetNodeText(title, name);
-  definition.Save(to);
+  return definition.ToString();
 }
 
 }  // namespace
@@ -136,7 +135,10 @@ void cmdNewProfile_Click(frmAcctViewEdit& ed) {
       fresh.AddChild("Profile");
       fresh.SetValue("Name", name);
       fresh.SetValue("AcctViewType", "0");
-      fresh.Save(report_path);
+      if (filesafety::WriteReportFiles(ed, report_path, fresh.ToString(), "", std::nullopt, {},
+                                       false) != filesafety::ReportWrite::kWritten) {
+        return;  // it said why
+      }
       ed.ViewsDoc.Load(report_path);
     } else {
       // A fresh install has no views file yet: root and Profiles are made.
@@ -146,6 +148,7 @@ void cmdNewProfile_Click(frmAcctViewEdit& ed) {
       views.AddChild("Profile");
       views.SetValue("Name", name);
       views.SetValue("AcctViewType", "0");
+      ed.views_edits.Saved(name);
     }
 
     ed.Variables().ClearForm();
@@ -175,23 +178,27 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       if (target.AnyExists() && !MayOverwrite(ed, new_name, "Copy Profile")) return;
       if (!SaveProfile(ed)) return;  // it said why
       if (!onto_itself) {
-        RenameRecords(ed.ViewsDoc, old_name, new_name);
+        std::optional<std::string> definition;
         try {
-          ed.ViewsDoc.Save(target.cvx);
-        } catch (const std::exception& e) {
-          // The document stays the source report's.
-          RenameRecords(ed.ViewsDoc, new_name, old_name);
-          ed.ShowError("Error copying profile:", e);
-          return;
-        }
-        ed.ViewsPath = target.cvx;
-        SetCurrentName(ed, new_name);
-        try {
-          CopyReportDefinition(source.cvr, target.cvr, new_name);
+          definition = CopiedReportDefinition(source.cvr, new_name);
         } catch (const std::exception& e) {
           // The profile document is copied; its next save writes the definition.
           ed.ShowError("Error copying profile:", e);
         }
+        RenameRecords(ed.ViewsDoc, old_name, new_name);
+        // Both files of the copy as one change; a target definition with no
+        // source to copy goes, so no other report's definition is left paired.
+        const std::vector<std::string> stale =
+            definition ? std::vector<std::string>{} : std::vector<std::string>{target.cvr};
+        if (filesafety::WriteReportFiles(ed, target.cvx, ed.ViewsDoc.ToString(), target.cvr,
+                                         definition, stale,
+                                         false) != filesafety::ReportWrite::kWritten) {
+          // The document stays the source report's.
+          RenameRecords(ed.ViewsDoc, new_name, old_name);
+          return;
+        }
+        ed.ViewsPath = target.cvx;
+        SetCurrentName(ed, new_name);
       }
     } else {
       const XmlNode before = ed.CurrentProfileNode();
@@ -209,6 +216,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       XmlNode copy = views.GoToChild("Profiles", true).append_copy(source);
       views.SetCurrentNode(copy);
       views.SetValue("Name", new_name);
+      ed.views_edits.Saved(new_name);
     }
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
@@ -236,6 +244,7 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
 
     if (!ed.InReportMode()) {
       RenameRecords(ed.ViewsDoc, old_name, new_name);
+      ed.views_edits.Renamed(old_name, new_name);
       // Later saves must find the record under its new name.
       SetCurrentName(ed, new_name);
       LoadViewsTree(ed, new_name);
@@ -249,20 +258,19 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     const bool target_existed = !same_files && target.AnyExists();
     if (target_existed && !MayOverwrite(ed, new_name, "Edit Profile Name")) return;
 
-    // The new pair is written whole before the old one goes, so a failed
-    // write leaves the report as it was under its old name.
+    // The new pair and the removal of the old one are one change, so a
+    // failed write (or a crash) leaves the report as it was under its old name.
     const std::string old_path = ed.ViewsPath;
     RenameRecords(ed.ViewsDoc, old_name, new_name);
     SetCurrentName(ed, new_name);
     ed.ViewsPath = target.cvx;
-    if (!SaveProfile(ed)) {
+    if (!SaveProfile(ed, same_files ? std::vector<std::string>{}
+                                    : std::vector<std::string>{source.cvx, source.cvr})) {
       RenameRecords(ed.ViewsDoc, new_name, old_name);
       SetCurrentName(ed, old_name);
       ed.ViewsPath = old_path;
-      if (!same_files && !target_existed) target.Remove();
       return;
     }
-    if (!same_files) source.Remove();
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
     ed.ShowError("Error in cmdEditProfile_Click: ", e);
@@ -285,7 +293,10 @@ void cmdDeleteProfile_Click(frmAcctViewEdit& ed) {
     }
 
     if (ed.InReportMode()) {
-      if (EndsWith(ToUpper(ed.ViewsPath), ".CVX")) ReportFiles(ed.ViewsPath).Remove();
+      if (EndsWith(ToUpper(ed.ViewsPath), ".CVX")) {
+        const ReportFiles files(ed.ViewsPath);
+        filesafety::RemoveReportFiles(ed, {files.cvx, files.cvr});
+      }
       ed.ProfileChanged = false;
       ed.ClearProfile();
       ed.ViewsPath.clear();
@@ -305,6 +316,7 @@ void cmdDeleteProfile_Click(frmAcctViewEdit& ed) {
         if (ed.CurrentProfileNode() == found) ed.SetCurrentProfileNode({}, ed.ViewsDoc);
         ed.ViewsDoc.GoToChild("");
         profiles.remove_child(found);
+        ed.views_edits.Deleted(name);
         // The removed record's unsaved changes have nothing left to go to.
         ed.ProfileChanged = false;
       } else {

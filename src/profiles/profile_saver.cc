@@ -5,6 +5,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "filesafety/guarded_writes.h"
 #include "component/frm_acct_view_edit.h"
 #include "profiles/views_tree.h"
 #include "query/sql_builder.h"
@@ -60,7 +61,7 @@ XmlNode SelectOrCreateRecord(frmAcctViewEdit& ed, const std::string& name) {
 
 }  // namespace
 
-bool SaveProfile(frmAcctViewEdit& ed) {
+bool SaveProfile(frmAcctViewEdit& ed, const std::vector<std::string>& also_remove) {
   if (!ed.CurrentProfileNode()) {
     ed.Prompt().MsgBox("Please select a profile from above first.", ui::Buttons::kOk,
                        ui::Icon::kExclamation, "No Profile Selected");
@@ -138,13 +139,25 @@ bool SaveProfile(frmAcctViewEdit& ed) {
 
   bool written = true;
   if (ed.InReportMode()) {
-    try {
-      views.Save(ed.ViewsPath);
-    } catch (const std::exception& e) {
-      ShowSaveError(ed, Describe(e));
-      written = false;
+    // Both files or neither: a definition that cannot be built writes nothing.
+    DocumentCursor definition;
+    written = BuildReportFile(ed, definition);
+    if (written) {
+      const std::string cvr_path = ReplaceAll(ed.ViewsPath, ".cvx", ".cvr");
+      switch (filesafety::WriteReportFiles(ed, ed.ViewsPath, views.ToString(), cvr_path,
+                                           definition.ToString(), also_remove, true)) {
+        case filesafety::ReportWrite::kWritten:
+          break;
+        case filesafety::ReportWrite::kKeptTheirs:
+          ed.ProfileChanged = false;
+          return false;
+        case filesafety::ReportWrite::kNotWritten:
+          written = false;
+          break;
+      }
     }
-    if (!SaveReportFile(ed, ReplaceAll(ed.ViewsPath, ".cvx", ".cvr"))) written = false;
+  } else {
+    ed.views_edits.Saved(name);
   }
   // What did not reach the disk is still a change to keep.
   ed.ProfileChanged = !written;

@@ -9,6 +9,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
+#include "filesafety/guarded_writes.h"
 #include "host/host_services.h"
 #include "profiles/profile_loader.h"
 #include "profiles/profile_saver.h"
@@ -295,6 +296,7 @@ void tvwViews_NodeClick(frmAcctViewEdit& ed, ui::NodeId node) {
     if (ed.InReportMode()) {
       ed.ViewsPath = ed.Host().ReportsBaseFolder() + "/Custom Reports/" + name + ".cvx";
       ed.ViewsDoc.Load(ed.ViewsPath);
+      filesafety::RememberReport(ed);
     }
     LoadProfile(ed, name);
   } catch (const std::exception& e) {

@@ -86,8 +86,22 @@ std::string ViewStatementExpression(const std::string& view_sql) {
 }
 
 bool SaveReportFile(frmAcctViewEdit& ed, const std::string& path) {
+  DocumentCursor report;
+  if (!BuildReportFile(ed, report)) return false;
   try {
-    DocumentCursor report;
+    report.Save(path);
+    return true;
+  } catch (const std::exception& e) {
+    ed.Prompt().MsgBox("Error in SaveReportFile: " + Describe(e), ui::Buttons::kOk,
+                       ui::Icon::kCritical, "Error");
+    ed.Prompt().WriteFailed(path, Describe(e));
+    return false;
+  }
+}
+
+bool BuildReportFile(frmAcctViewEdit& ed, DocumentCursor& report) {
+  try {
+    report.Reset();
     pugi::xml_document& doc = report.Document();
     XmlNode declaration = doc.append_child(pugi::node_declaration);
     declaration.append_attribute("version") = "1.0";
@@ -144,8 +158,6 @@ bool SaveReportFile(frmAcctViewEdit& ed, const std::string& path) {
     Add(root, "PageSize", Str(std::max(0, ed.cmbPageSize.ListIndex())));
     Add(root, "PageOrientation", Str(std::max(0, ed.cmbOrientation.ListIndex())));
     Add(root, "MultiLine", Str(ed.chkMultiLine.Value()));
-
-    report.Save(path);
     return true;
   } catch (const std::exception& e) {
     ed.Prompt().MsgBox("Error in SaveReportFile: " + Describe(e), ui::Buttons::kOk,

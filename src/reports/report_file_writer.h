@@ -7,11 +7,15 @@
 namespace cvve {
 
 class frmAcctViewEdit;
+class DocumentCursor;
 
 // Writes the file atomically (the old file stays whole on failure). Any
 // failure, in building the statements or in writing, shows "Error in
 // SaveReportFile: " and the description, and returns false.
 bool SaveReportFile(frmAcctViewEdit& ed, const std::string& path);
+// Builds the definition into `report` without writing it; a failure shows
+// the same message and returns false.
+bool BuildReportFile(frmAcctViewEdit& ed, DocumentCursor& report);
 
 // The view statement turned into an expression of the report language:
 // quoted, every '"' doubled, every "#@!$NAME!@#" opened as `" + $NAME + "`.

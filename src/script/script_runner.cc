@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iostream>
 #include <map>
 #include <optional>
 #include <ostream>
@@ -87,20 +88,35 @@ class ScriptPrompter : public ui::HeadlessPrompter {
   // The first answer-fitting problem since the last call ("" when none).
   std::string TakeProblem() { return std::exchange(problem_, {}); }
 
-  // What is still queued, as the error that leaving it there is.
-  std::optional<ScriptError> Leftover() const {
+  // What is still queued, as the error that leaving it there is, reported at
+  // `end_line` (where the script ended) and naming the line that queued it.
+  std::optional<ScriptError> Leftover(int end_line) const {
     std::optional<ScriptError> error;
+    int queued_on = 0;
     if (!answers_.empty()) {
-      error.emplace(answers_.front().line, std::string("the answer ") +
-                                               ui::ToString(answers_.front().answer) +
-                                               " was queued but never asked for");
+      queued_on = answers_.front().line;
+      error.emplace(end_line, std::string("the answer ") + ui::ToString(answers_.front().answer) +
+                                  " queued on line " + std::to_string(queued_on) +
+                                  " was never asked for");
     }
-    if (!inputs_.empty() && (!error || inputs_.front().line < error->Line())) {
-      error.emplace(inputs_.front().line,
-                    "the input \"" + inputs_.front().text + "\" was queued but never asked for");
+    if (!inputs_.empty() && (!error || inputs_.front().line < queued_on)) {
+      error.emplace(end_line, "the input \"" + inputs_.front().text + "\" queued on line " +
+                                  std::to_string(inputs_.front().line) + " was never asked for");
     }
     return error;
   }
+  // The first write that failed, as the error it is for the script.
+  std::optional<ScriptError> FailedWrite() const { return failed_write_; }
+  void WriteFailed(const std::string& path, const std::string& reason) override {
+    HeadlessPrompter::WriteFailed(path, reason);
+    if (!failed_write_) failed_write_.emplace(line_, "could not write '" + path + "': " + reason);
+  }
+  // Where the script says a file was kept: standard error, since it has no status bar.
+  void ShowStatus(const std::string& text) override {
+    HeadlessPrompter::ShowStatus(text);
+    std::cerr << "viewedit: " << text << "\n";
+  }
+  void SetLine(int line) { line_ = line; }
   void DropQueued() {
     answers_.clear();
     inputs_.clear();
@@ -118,6 +134,8 @@ class ScriptPrompter : public ui::HeadlessPrompter {
   std::deque<QueuedAnswer> answers_;
   std::deque<QueuedInput> inputs_;
   std::string problem_;
+  std::optional<ScriptError> failed_write_;
+  int line_ = 0;
 };
 
 std::optional<ui::Answer> ParseAnswer(const std::string& word) {
@@ -166,6 +184,8 @@ struct ScriptRunner::Impl {
   clsViewEdit component;
 
   std::vector<ScriptLine> lines;
+  std::function<bool(std::string&)> source;  // more lines, when read as they arrive
+  int read_count = 0;
   std::size_t next = 0;
   int current_line = 0;
   std::optional<ScriptError> failure;
@@ -178,13 +198,45 @@ struct ScriptRunner::Impl {
 
   void Run(std::string_view script) {
     lines = ParseScript(script);
+    source = nullptr;
+    RunLines();
+  }
+
+  // Lines as they arrive: each runs before the next is read, so another
+  // program can drive the editor step by step.
+  void Run(std::istream& in) {
+    lines.clear();
+    read_count = 0;
+    source = [&in](std::string& text) { return static_cast<bool>(std::getline(in, text)); };
+    RunLines();
+  }
+
+  // True when a line is waiting to run (reading the next one if needed).
+  bool HasMore() {
+    while (next >= lines.size() && source) {
+      std::string text;
+      if (!source(text)) {
+        source = nullptr;
+        break;
+      }
+      ++read_count;
+      for (ScriptLine& line : ParseScript(text)) {
+        line.number = read_count;
+        lines.push_back(std::move(line));
+      }
+    }
+    return next < lines.size();
+  }
+
+  void RunLines() {
     next = 0;
     failure.reset();
     // What an earlier run left unchecked (after its failure) is not this run's.
     unanswered_seen = prompter.Unanswered();
     prompter.TakeProblem();
-    while (!failure && next < lines.size()) ExecuteNext();
-    if (!failure) failure = prompter.Leftover();
+    while (!failure && HasMore()) ExecuteNext();
+    if (!failure) failure = prompter.FailedWrite();
+    if (!failure && !lines.empty()) failure = prompter.Leftover(lines.back().number);
     if (failure) {
       prompter.DropQueued();
       ScriptError error = std::move(*failure);
@@ -194,17 +246,21 @@ struct ScriptRunner::Impl {
   }
 
   void ExecuteNext() {
-    const ScriptLine& line = lines[next++];
+    // A copy: lines read while this one runs may move the vector.
+    const ScriptLine line = lines[next++];
     const int outer = std::exchange(current_line, line.number);
+    prompter.SetLine(line.number);
     try {
       Execute(line);
       CheckPrompts();
+      if (source) out.flush();
     } catch (const ScriptError& e) {
       Fail(e);
     } catch (const std::exception& e) {
       Fail(ScriptError(line.number, Describe(e)));
     }
     current_line = outer;
+    prompter.SetLine(outer);
   }
 
   void Fail(const ScriptError& error) {
@@ -218,7 +274,7 @@ struct ScriptRunner::Impl {
     } catch (const ScriptError& e) {
       Fail(e);
     }
-    while (form.Visible() && !failure && next < lines.size()) ExecuteNext();
+    while (form.Visible() && !failure && HasMore()) ExecuteNext();
     if (form.Visible()) CloseQuietly(form);
   }
 
@@ -256,7 +312,10 @@ struct ScriptRunner::Impl {
     unanswered_seen = prompter.Unanswered();
     const auto& shown = prompter.Shown();
     for (auto it = shown.rbegin(); it != shown.rend(); ++it) {
-      if (it->queued) continue;
+      // A plain message takes no answer and is never the one missing one.
+      if (it->queued || (it->kind == "msgbox" && it->buttons == ui::ToString(ui::Buttons::kOk))) {
+        continue;
+      }
       if (it->kind == "inputbox") {
         throw Bad("no input queued for the input box \"" + it->text + "\" (title \"" + it->title +
                   "\"); queue one with `input`");
@@ -813,6 +872,8 @@ ScriptRunner::ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* 
 ScriptRunner::~ScriptRunner() = default;
 
 void ScriptRunner::Run(std::string_view script) { impl_->Run(script); }
+
+void ScriptRunner::Run(std::istream& in) { impl_->Run(in); }
 
 frmAcctViewEdit* ScriptRunner::Editor() { return impl_->component.Editor(); }
 

@@ -49,6 +49,9 @@ class ScriptRunner {
   // that ends with forms open closes them the same way and succeeds, unless
   // answers it queued were never asked for.
   void Run(std::string_view script);
+  // As Run, reading the lines from `in` as they arrive: each line runs (and
+  // its output is flushed) before the next one is read.
+  void Run(std::istream& in);
 
   // The editor of the last `open` (kept after it closed); nullptr before.
   frmAcctViewEdit* Editor();

@@ -10,7 +10,8 @@ Answer HeadlessPrompter::MsgBox(const std::string& text, Buttons buttons, Icon i
     answer = answers_.front();
     answers_.pop_front();
   } else if (buttons == Buttons::kOk) {
-    answer = Answer::kOk;  // a plain message needs no answer
+    answer = Answer::kOk;  // a plain message needs no answer: not counted as unanswered
+    shown.queued = false;
   } else {
     shown.queued = false;
     ++unanswered_;

@@ -36,6 +36,12 @@ class HeadlessPrompter : public Prompter {
   void SetWaitCursor(bool on) override { wait_cursor_ = on; }
   void ShowNotice(const std::string& title, const std::string& text) override;
   void CloseNotice() override { notice_open_ = false; }
+  void ShowStatus(const std::string& text) override { status_lines_.push_back(text); }
+  void WriteFailed(const std::string& path, const std::string& reason) override {
+    write_failures_.push_back(path + ": " + reason);
+  }
+  const std::vector<std::string>& StatusLines() const { return status_lines_; }
+  const std::vector<std::string>& WriteFailures() const { return write_failures_; }
 
   const std::vector<ShownPrompt>& Shown() const { return shown_; }
   void ClearShown() { shown_.clear(); }
@@ -53,6 +59,8 @@ class HeadlessPrompter : public Prompter {
   bool wait_cursor_ = false;
   bool notice_open_ = false;
   std::string notice_text_;
+  std::vector<std::string> status_lines_;
+  std::vector<std::string> write_failures_;
 };
 
 }  // namespace cvve::ui

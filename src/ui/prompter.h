@@ -25,6 +25,15 @@ class Prompter {
   virtual void SetWaitCursor(bool on) = 0;
   virtual void ShowNotice(const std::string& title, const std::string& text) = 0;
   virtual void CloseNotice() = 0;
+  // A line for the window's status bar, such as where a file the editor
+  // could not read was kept. Screens without one may drop it.
+  virtual void ShowStatus(const std::string& text) { static_cast<void>(text); }
+  // Told after a file could not be written (its message box, if any, was
+  // shown already), so that a caller that keeps score can say so.
+  virtual void WriteFailed(const std::string& path, const std::string& reason) {
+    static_cast<void>(path);
+    static_cast<void>(reason);
+  }
 };
 
 }  // namespace cvve::ui

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "base/error.h"
+#include "filesafety/atomic_file.h"
 
 namespace cvve {
 
@@ -36,22 +37,6 @@ XmlNode ChildForWriting(XmlNode current, const std::string& name) {
   if (!child) throw Error("Cannot create element '" + name + "'");
   while (child.first_child()) child.remove_child(child.first_child());
   return child;
-}
-
-// Writes the whole buffer to `fd`, retrying short writes.
-bool WriteAll(int fd, const std::string& data) {
-  const char* p = data.data();
-  std::size_t left = data.size();
-  while (left > 0) {
-    ssize_t n = ::write(fd, p, left);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    p += n;
-    left -= static_cast<std::size_t>(n);
-  }
-  return true;
 }
 
 }  // namespace
@@ -89,52 +74,7 @@ std::string DocumentCursor::ToString() const {
 }
 
 void DocumentCursor::Save(const std::string& path) const {
-  namespace fs = std::filesystem;
-  const std::string text = ToString();
-  fs::path target(path);
-  fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  std::string temp_leaf = ".";
-  temp_leaf.append(target.filename().string()).append(".XXXXXX");
-  std::string pattern = (folder / temp_leaf).string();
-  std::vector<char> temp_name(pattern.begin(), pattern.end());
-  temp_name.push_back('\0');
-  int fd = ::mkstemp(temp_name.data());
-  if (fd < 0) {
-    throw Error("Cannot write '" + path + "': " + std::strerror(errno));
-  }
-  bool ok = WriteAll(fd, text) && ::fsync(fd) == 0;
-  int saved_errno = errno;
-  ok = (::close(fd) == 0) && ok;
-  if (!ok) {
-    ::unlink(temp_name.data());
-    throw Error("Cannot write '" + path + "': " + std::strerror(saved_errno));
-  }
-  // Keep the permissions of the file being replaced, else the usual ones.
-  std::error_code ec;
-  auto perms = fs::exists(target, ec) ? fs::status(target, ec).permissions()
-                                      : (fs::perms::owner_read | fs::perms::owner_write |
-                                         fs::perms::group_read | fs::perms::others_read);
-  fs::permissions(temp_name.data(), perms, ec);
-  if (fs::exists(target, ec)) {
-    // One generation of backup: a hard link keeps the old contents even
-    // after the rename below replaces the name.
-    fs::path backup = target;
-    backup += ".bak";
-    fs::remove(backup, ec);
-    fs::create_hard_link(target, backup, ec);
-    if (ec) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, ec);
-  }
-  if (::rename(temp_name.data(), path.c_str()) != 0) {
-    saved_errno = errno;
-    ::unlink(temp_name.data());
-    throw Error("Cannot write '" + path + "': " + std::strerror(saved_errno));
-  }
-  // Make the rename itself durable.
-  int dir_fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
-  if (dir_fd >= 0) {
-    ::fsync(dir_fd);
-    ::close(dir_fd);
-  }
+  filesafety::ReplaceFile(path, ToString());
 }
 
 XmlNode DocumentCursor::GoToChild(const std::string& name, bool create) {
@@ -203,6 +143,15 @@ XmlNode SelectSingleNode(XmlNode context, const std::string& xpath) {
     return context.select_node(xpath.c_str()).node();
   } catch (const pugi::xpath_exception&) {
     return {};
+  }
+}
+
+XmlNode SelectSingleNodeOrFail(XmlNode context, const std::string& xpath) {
+  if (!context) return {};
+  try {
+    return context.select_node(xpath.c_str()).node();
+  } catch (const pugi::xpath_exception& e) {
+    throw Error(e.what());
   }
 }
 

@@ -76,6 +76,9 @@ class DocumentCursor {
 std::vector<XmlNode> SelectNodes(XmlNode context, const std::string& xpath);
 // The first of those, or an empty node.
 XmlNode SelectSingleNode(XmlNode context, const std::string& xpath);
+// As SelectSingleNode, but an expression that does not compile is an error
+// of the operation: throws cvve::Error with the parser's description.
+XmlNode SelectSingleNodeOrFail(XmlNode context, const std::string& xpath);
 // All text below the node, in document order ("" for an empty node).
 std::string NodeText(XmlNode node);
 // The text of the first child element called `name`, "" when none.

@@ -1,6 +1,7 @@
 #include "viewfiles/setup_file.h"
 
 #include <cstring>
+#include <vector>
 
 #include "base/error.h"
 #include "base/text.h"
@@ -80,9 +81,16 @@ void LoadTabs(frmAcctViewEdit& ed) {
   }
 }
 
+namespace {
+
+std::string ColumnPath(frmAcctViewEdit& ed, const std::string& sColumnName) {
+  return "./" + DataSetPath(ed.cmbDataSet.Text()) + "/Columns/Column[Name='" + sColumnName + "']";
+}
+
+}  // namespace
+
 XmlNode SelectColumn(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  return SelectSingleNode(ed.SetupDoc.Root(), "./" + DataSetPath(ed.cmbDataSet.Text()) +
-                                                  "/Columns/Column[Name='" + sColumnName + "']");
+  return SelectSingleNode(ed.SetupDoc.Root(), ColumnPath(ed, sColumnName));
 }
 
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,
@@ -115,12 +123,17 @@ std::string ColumnFieldFormat(frmAcctViewEdit& ed, const std::string& sColumnNam
 void WriteProfileColumns(frmAcctViewEdit& ed) {
   XmlNode profile = ed.CurrentProfileNode();
   if (!profile) return;
+  // All look-ups first: a name that makes one invalid fails the save before
+  // the record is touched (it would otherwise vanish from the profile unnoticed).
+  std::vector<XmlNode> definitions;
+  for (const std::string& name : ed.lstUsedColumns.Items()) {
+    definitions.push_back(SelectSingleNodeOrFail(ed.SetupDoc.Root(), ColumnPath(ed, name)));
+  }
   DocumentCursor& views = ed.ViewsDoc;
   views.SetCurrentNode(profile);
   views.SetValue("Columns", "");
   XmlNode columns = profile.child("Columns");
-  for (const std::string& name : ed.lstUsedColumns.Items()) {
-    XmlNode definition = SelectColumn(ed, name);
+  for (XmlNode definition : definitions) {
     if (!definition) continue;  // no longer offered by the data set: dropped
     XmlNode copy = columns.append_child("Column");
     for (XmlNode child = definition.first_child(); child; child = child.next_sibling()) {

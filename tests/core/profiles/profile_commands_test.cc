@@ -201,8 +201,8 @@ TEST(ReportFilePairTest, NewCopyRenameAndDeleteKeepProfileDocumentAndDefinitionI
   h->chkTotals.SetValue(1);
   h.prompter.QueueInput("Sales Copy");
   h->cmdCopyProfile.Click();  // saves first, then copies the pair
-  EXPECT_EQ(FilesIn(folder), (Names{"Sales Copy.cvr", "Sales Copy.cvx", "Sales.cvr", "Sales.cvx",
-                                    "Sales.cvx.bak", "Weekly.cvx"}));
+  EXPECT_EQ(FilesIn(folder), (Names{".reports.lock", "Sales Copy.cvr", "Sales Copy.cvx", "Sales.cvr",
+                                    "Sales.cvx", "Sales.cvx.bak", "Weekly.cvx"}));
   EXPECT_EQ(ProfileNameIn(folder + "Sales.cvx"), "Sales");
   EXPECT_EQ(ReportValue(folder + "Sales.cvr", "Name"), "Sales");
   EXPECT_EQ(ProfileNameIn(folder + "Sales Copy.cvx"), "Sales Copy");
@@ -268,6 +268,7 @@ TEST(RenameProfileTest, ReportRenameThatCannotBeWrittenKeepsTheOldPairWhole) {
   HeadlessEditor h;
   OpenSalesReport(h);
   h.dir.Write("Custom Reports/Sales.cvr", "<CustomReport><Name>Sales</Name></CustomReport>");
+  Select(h, "Sales");  // opened again as it is on disk now
   const std::string cvx_before = h.dir.Read("Custom Reports/Sales.cvx");
   const std::string path_before = h->ViewsPath;
   h.prompter.ClearShown();
@@ -276,7 +277,7 @@ TEST(RenameProfileTest, ReportRenameThatCannotBeWrittenKeepsTheOldPairWhole) {
     FileSizeLimit limit(64);
     h->cmdEditProfile.Click();
   }
-  EXPECT_EQ(FilesIn(ReportsFolder(h)), (Names{"Sales.cvr", "Sales.cvx"}));
+  EXPECT_EQ(FilesIn(ReportsFolder(h)), (Names{".reports.lock", "Sales.cvr", "Sales.cvx"}));
   EXPECT_EQ(h.dir.Read("Custom Reports/Sales.cvx"), cvx_before);
   EXPECT_EQ(h.dir.Read("Custom Reports/Sales.cvr"),
             "<CustomReport><Name>Sales</Name></CustomReport>");

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 #include "base/text.h"
+#include "component/frm_acct_view_edit.h"
 #include "fixtures.h"
+#include "ui/headless_prompter.h"
 
 namespace cvve::script {
 namespace {
@@ -105,9 +108,9 @@ TEST_F(ScriptRunnerTest, ExpectationsDisabledControlsAndDialogsFailTheirLine) {
             "message " +
                 question);
   EXPECT_EQ(Run("answer Yes\ninput name\nclick cmdCancel\n"),
-            "line 2: the answer Yes was queued but never asked for");
+            "line 4: the answer Yes queued on line 2 was never asked for");
   EXPECT_EQ(Run("input name\nclick cmdCancel\n"),
-            "line 2: the input \"name\" was queued but never asked for");
+            "line 3: the input \"name\" queued on line 2 was never asked for");
 }
 
 TEST_F(ScriptRunnerTest, AFailureOrTheEndClosesTheEditorWithoutSaving) {
@@ -131,6 +134,53 @@ TEST_F(ScriptRunnerTest, AFailureOrTheEndClosesTheEditorWithoutSaving) {
   EXPECT_FALSE(runner.Editor()->Visible() || runner.Editor()->Variables().Visible());
   EXPECT_EQ(runner.Editor()->Variables().txtVariableName[3].Text(), "LEFT");
   EXPECT_EQ(dir.Read("views.xml"), before);
+}
+
+TEST_F(ScriptRunnerTest, AWriteThatFailedFailsTheScriptAtItsLine) {
+  // The views file's place is taken by a folder: OK cannot write there.
+  namespace fs = std::filesystem;
+  fs::remove(dir.Path() / "views.xml");
+  fs::create_directories(dir.Path() / "views.xml");
+  const std::string error = Run("click cmdOK\nclick cmdCancel\n");
+  EXPECT_TRUE(error.starts_with("line 2: could not write '")) << error;
+  // The classic message box was shown, and the script went on to the end.
+  ASSERT_NE(runner.Editor(), nullptr);
+  EXPECT_FALSE(runner.Editor()->Visible());
+  bool classic_box = false;
+  for (const auto& shown : runner.Prompter().Shown()) {
+    classic_box = classic_box || shown.text.starts_with("Error in cmdOK_Click: ");
+  }
+  EXPECT_TRUE(classic_box);
+}
+
+TEST_F(ScriptRunnerTest, APlainMessageWithNoAnswerWaitingIsNotQueued) {
+  struct Case {
+    std::string script;
+    bool queued;
+  };
+  // A system profile cannot be renamed: an OK-only box.
+  for (const Case& c : {Case{"select tvwViews Past Due\nclick cmdEditProfile\n", false},
+                        Case{"select tvwViews Past Due\nanswer OK\nclick cmdEditProfile\n", true}}) {
+    SCOPED_TRACE(c.script);
+    runner.Prompter().ClearShown();
+    EXPECT_EQ(Run(c.script), "");
+    ASSERT_FALSE(runner.Prompter().Shown().empty());
+    const ui::ShownPrompt& shown = runner.Prompter().Shown().back();
+    EXPECT_EQ(shown.title, "Edit Name");
+    EXPECT_EQ(shown.queued, c.queued);
+  }
+}
+
+TEST_F(ScriptRunnerTest, LinesFromAStreamRunAsTheyArrive) {
+  std::istringstream in("open edit views.xml defs.xml setup.xml\nstate ProfileChanged\n"
+                        "answer Yes\nclick cmdCancel\n");
+  try {
+    runner.Run(in);
+    FAIL() << "the unused answer must fail the script";
+  } catch (const ScriptError& e) {
+    EXPECT_EQ(std::string(e.what()), "line 4: the answer Yes queued on line 3 was never asked for");
+  }
+  EXPECT_EQ(out.str(), "false\n");
 }
 
 }  // namespace

@@ -1,0 +1,190 @@
+// The file-safety mechanisms on their own: the lock, temporary files and
+// links, kept files, report transactions and their recovery.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+
+#include "base/error.h"
+#include "filesafety/atomic_file.h"
+#include "filesafety/file_identity.h"
+#include "filesafety/file_lock.h"
+#include "filesafety/kept_file.h"
+#include "filesafety/report_transaction.h"
+#include "fixtures.h"
+
+namespace cvve::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using filesafety::FileLock;
+
+std::string Slurp(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+TEST(FileLockTest, ASecondWriterWaitsBoundedlyAndThenGetsNothing) {
+  TempDir dir;
+  const std::string lock_path = (dir.Path() / ".views.xml.lock").string();
+  int ready[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  const pid_t holder = ::fork();
+  ASSERT_GE(holder, 0);
+  if (holder == 0) {
+    std::optional<FileLock> lock = FileLock::Acquire(lock_path, 0ms);
+    const char byte = lock ? 'y' : 'n';
+    [[maybe_unused]] ssize_t n = ::write(ready[1], &byte, 1);
+    ::usleep(600000);
+    ::_exit(0);
+  }
+  char byte = 0;
+  ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+  ASSERT_EQ(byte, 'y');
+  std::vector<bool> waits;
+  const auto start = std::chrono::steady_clock::now();
+  std::string error;
+  EXPECT_FALSE(FileLock::Acquire(lock_path, 150ms, [&](bool on) { waits.push_back(on); }, &error));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 150ms);
+  EXPECT_EQ(waits, (std::vector<bool>{true, false}));  // the wait cursor on, then off
+  EXPECT_NE(error.find("held by another writer"), std::string::npos);
+  // Once the holder is gone the lock is free at once.
+  EXPECT_TRUE(FileLock::Acquire(lock_path, 5s));
+  int status = 0;
+  ::waitpid(holder, &status, 0);
+  ::close(ready[0]);
+  ::close(ready[1]);
+}
+
+TEST(AtomicFileTest, TemporaryNamesBelongToTheirFileOnly) {
+  struct Case {
+    const char* name;
+    const char* leaf;
+    bool temp;
+  };
+  for (const Case& c : {Case{".views.xml.tmp-host-12-AbCdEf", "views.xml", true},
+                        Case{".views.xml.tmp-host-12-AbCdEf", "", true},
+                        Case{".views.xml.tmp-host-12-AbCdEf", "views.xm", false},
+                        Case{".old views.xml.tmp-h-1-x", "views.xml", false},
+                        Case{"views.xml.tmp-host-12-AbCdEf", "views.xml", false},
+                        Case{".views.xml.bak", "views.xml", false},
+                        Case{".reports.lock", "", false}}) {
+    SCOPED_TRACE(std::string(c.name) + " / " + c.leaf);
+    EXPECT_EQ(filesafety::IsTempFor(c.name, c.leaf), c.temp);
+  }
+}
+
+TEST(AtomicFileTest, StaleTemporaryFilesOfDeadProcessesGoWithTheNextSave) {
+  TempDir dir;
+  char host[256] = {};
+  ::gethostname(host, sizeof host - 1);
+  std::string me(host);
+  for (char& c : me) {
+    if (c == '-' || c == '.' || c == '/') c = '_';
+  }
+  // A child that exits leaves a pid nobody has.
+  const pid_t dead = ::fork();
+  if (dead == 0) ::_exit(0);
+  ::waitpid(dead, nullptr, 0);
+  const std::string stale = ".views.xml.tmp-" + me + "-" + std::to_string(dead) + "-AAAAAA";
+  const std::string alive = ".views.xml.tmp-" + me + "-" + std::to_string(::getpid()) + "-BBBBBB";
+  const std::string other = ".other.xml.tmp-" + me + "-" + std::to_string(dead) + "-CCCCCC";
+  for (const std::string& name : {stale, alive, other}) dir.Write(name, "partial");
+  filesafety::ReplaceFile((dir.Path() / "views.xml").string(), "<Views/>");
+  EXPECT_EQ(FilesIn(dir.Path().string()), (Names{other, alive, "views.xml"}));
+  EXPECT_EQ(filesafety::RemoveStaleTemps(dir.Path().string()), 1);  // the other file's
+}
+
+TEST(AtomicFileTest, ALinkedFileKeepsItsLinkAndItsTargetIsReplaced) {
+  TempDir dir;
+  const std::string target = dir.Write("shared/views.xml", "<Views>old</Views>");
+  fs::create_symlink(target, dir.Path() / "views.xml");
+  filesafety::ReplaceFile((dir.Path() / "views.xml").string(), "<Views>new</Views>");
+  EXPECT_TRUE(fs::is_symlink(dir.Path() / "views.xml"));
+  EXPECT_EQ(Slurp(target), "<Views>new</Views>");
+  EXPECT_EQ(Slurp(target + ".bak"), "<Views>old</Views>");
+  EXPECT_EQ(FilesIn(dir.Path().string()), (Names{"shared", "views.xml"}));
+}
+
+TEST(KeptFileTest, EveryKeepGetsANameOfItsOwn) {
+  TempDir dir;
+  const std::string path = dir.Write("views.xml", "<Views><Profiles><Profile>");
+  const std::string first = filesafety::KeepFile(path);
+  const std::string second = filesafety::KeepFile(path);
+  EXPECT_NE(first, second);
+  for (const std::string& kept : {first, second}) {
+    EXPECT_EQ(Slurp(kept), "<Views><Profiles><Profile>");
+    EXPECT_NE(kept.find("views.xml.unreadable-"), std::string::npos) << kept;
+  }
+  EXPECT_EQ(Slurp(path), "<Views><Profiles><Profile>");  // the original stays until replaced
+}
+
+TEST(FileIdentityTest, AnyDifferenceInSizeTimeOrBytesIsAChange) {
+  TempDir dir;
+  const std::string path = dir.Write("views.xml", "<Views>a</Views>");
+  std::string bytes;
+  const filesafety::FileIdentity first = filesafety::ReadIdentity(path, &bytes);
+  EXPECT_TRUE(first.exists && first.readable);
+  EXPECT_EQ(bytes, "<Views>a</Views>");
+  EXPECT_EQ(filesafety::ReadIdentity(path), first);
+  // Same size, time set back: only the bytes tell.
+  const auto time = fs::last_write_time(path);
+  dir.Write("views.xml", "<Views>b</Views>");
+  fs::last_write_time(path, time);
+  EXPECT_NE(filesafety::ReadIdentity(path), first);
+  EXPECT_FALSE(filesafety::ReadIdentity((dir.Path() / "none.xml").string()).exists);
+}
+
+// A report change is interrupted after its intent file is in place: the
+// next Recover finishes it. One that never got its intent file in place is
+// only temporary files, which go.
+TEST(ReportTransactionTest, RecoveryFinishesACommittedChangeAndDropsAnUncommittedOne) {
+  TempDir dir;
+  const std::string folder = dir.Path().string();
+  const std::string cvx = dir.Write("A.cvx", "old cvx");
+  const std::string cvr = dir.Write("A.cvr", "old cvr");
+  const std::string gone = dir.Write("B.cvx", "to go");
+
+  // Committed: the new files as temporary files, the intent naming them.
+  filesafety::PreparedFile new_cvx = filesafety::Prepare(cvx, "new cvx");
+  filesafety::PreparedFile new_cvr = filesafety::Prepare(cvr, "new cvr");
+  filesafety::ReplaceFile(filesafety::IntentPath(folder),
+                          "cvve-intent 1\nrename\t" + new_cvx.temp + "\t" + cvx + "\nrename\t" +
+                              new_cvr.temp + "\t" + cvr + "\nremove\t" + gone + "\nend\n",
+                          false);
+  // As if the first rename had happened before the crash.
+  fs::rename(new_cvx.temp, cvx);
+  EXPECT_TRUE(filesafety::RecoverReports(folder));
+  EXPECT_EQ(Slurp(cvx), "new cvx");
+  EXPECT_EQ(Slurp(cvr), "new cvr");
+  EXPECT_FALSE(fs::exists(gone));
+  EXPECT_FALSE(fs::exists(filesafety::IntentPath(folder)));
+
+  // A torn intent (no end line) is not acted on.
+  filesafety::ReplaceFile(filesafety::IntentPath(folder), "cvve-intent 1\nremove\t" + cvx + "\n",
+                          false);
+  EXPECT_FALSE(filesafety::RecoverReports(folder));
+  EXPECT_TRUE(fs::exists(cvx));
+  fs::remove(filesafety::IntentPath(folder));
+
+  // A whole transaction, then one that fails to write: nothing changes.
+  filesafety::ReportTransaction change(folder);
+  change.Put(cvx, "newer cvx");
+  change.Put(cvr, "newer cvr");
+  change.Commit();
+  EXPECT_EQ(Slurp(cvx) + "|" + Slurp(cvr), "newer cvx|newer cvr");
+  filesafety::ReportTransaction failing(folder);
+  failing.Put(cvx, "never");
+  failing.Put((dir.Path() / "missing folder" / "A.cvr").string(), "never");
+  EXPECT_THROW(failing.Commit(), Error);
+  EXPECT_EQ(Slurp(cvx) + "|" + Slurp(cvr), "newer cvx|newer cvr");
+  EXPECT_EQ(FilesIn(folder), (Names{"A.cvr", "A.cvr.bak", "A.cvx", "A.cvx.bak"}));
+}
+
+}  // namespace
+}  // namespace cvve::testing
