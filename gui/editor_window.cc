@@ -29,6 +29,7 @@
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
 #include "filters/value_editors.h"
+#include "gui/about_box.h"
 #include "gui/filter_cell_delegate.h"
 #include "gui/list_view_model.h"
 #include "gui/row_delegate.h"
@@ -117,6 +118,7 @@ void EditorWindow::BuildLayout() {
   auto* root = new QVBoxLayout(this);
   root->setContentsMargins(10, 10, 10, 10);
   root->setSpacing(8);
+  AddHelpMenu(this, root);
   auto* body = new QHBoxLayout;
   body->setSpacing(10);
   root->addLayout(body, 1);

@@ -1,8 +1,6 @@
 #pragma once
 // The Qt screen: the Prompter and DialogHost on Qt, and the report engine
-// that preview uses. Linking this library registers it as the screen of the
-// C face (cvViewEdit_Create), which then opens real windows when a display
-// is there and runs headless when none is.
+// that preview uses.
 #include <memory>
 
 #include "component/screen_registry.h"
@@ -30,10 +28,5 @@ class QtScreen : public Screen {
   QtDialogHost dialogs_;
   std::unique_ptr<ReportEngine> reports_;
 };
-
-// Registers the Qt screen's factory. Runs when the library is loaded; calling
-// it again is harmless. Without a QApplication the factory makes one (kept
-// for the life of the process); without a display it gives a headless screen.
-void RegisterQtScreen();
 
 }  // namespace cvve::gui

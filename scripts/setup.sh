@@ -11,6 +11,7 @@ packages=(
   libharfbuzz-dev zlib1g-dev fonts-dejavu-core
   sqlite3 libsqlite3-dev libpq-dev
   xvfb xauth poppler-utils
+  librsvg2-bin desktop-file-utils appstream man-db groff-base lintian dpkg-dev file
 )
 [[ "${CVVE_WITH_POSTGRES:-1}" == 1 ]] && packages+=(postgresql)
 

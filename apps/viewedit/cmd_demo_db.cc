@@ -29,7 +29,7 @@ void RegisterDemoDbCommand(CLI::App& app) {
       "accounts with receipts, promises to pay and notes, the same for the same seed.");
   command->add_option("--accounts", arguments->accounts, "Number of financed accounts")
       ->capture_default_str()
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Range(0, 10000000));
   command->add_option("--out", arguments->out, "The database file to write (replaced)")
       ->capture_default_str();
   command->add_option("--seed", arguments->seed, "Seed of the generator")->capture_default_str();

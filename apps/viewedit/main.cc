@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "commands.h"
+#include "cvviewedit/host_settings.h"
 
 #if CVVE_WITH_QT
 #include <QString>
@@ -32,12 +33,19 @@ int main(int argc, char** argv) {
 #endif
   CLI::App app{"cvViewEdit: the editor of list and report profiles", "viewedit"};
   app.require_subcommand(0, 1);
+  app.set_version_flag("--version", std::string("viewedit (cvViewEdit) ") + cvve::Version());
   viewedit::HostOptions options;
+  options.database = cvve::HostSettings::Load().database_url;
   viewedit::AddHostOptions(app, options);
   viewedit::RegisterGuiCommands(app, options);
   viewedit::RegisterScriptCommand(app, options);
   viewedit::RegisterSqlCommand(app, options);
   viewedit::RegisterReportCommands(app, options);
+  // A sub-command takes its parent's footer when it is made; its help says
+  // only its own.
+  for (CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
+    if (command->get_footer() == app.get_footer()) command->footer("");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -1,7 +1,8 @@
 /* cvViewEdit for hosts written in other languages. Every entry returns 0 on
  * success and non-zero on failure; cvViewEdit_LastError then says why. The
- * editor runs on the default host services (CVVE_DATA_DIR or the demo data)
- * and the screen registered by the window library, else without a screen. */
+ * editor runs on the default host settings (the demo data, then the settings
+ * file; see cvviewedit/host_settings.h) and opens its window modally; without
+ * a display the view entries fail and say so. */
 #ifndef CVVIEWEDIT_C_API_H_
 #define CVVIEWEDIT_C_API_H_
 
@@ -11,6 +12,7 @@ extern "C" {
 
 typedef struct cvViewEdit cvViewEdit;
 
+/* NULL when the component cannot be made. */
 cvViewEdit* cvViewEdit_Create(void);
 void cvViewEdit_Destroy(cvViewEdit* component);
 int cvViewEdit_ViewEdit(cvViewEdit* component, const char* views_file,
@@ -21,6 +23,8 @@ int cvViewEdit_EODViewEdit(cvViewEdit* component);
 int cvViewEdit_ReportEdit(cvViewEdit* component);
 /* The last failure's description; "" after a success. Owned by the component. */
 const char* cvViewEdit_LastError(const cvViewEdit* component);
+/* The library's version, "MAJOR.MINOR.PATCH". */
+const char* cvViewEdit_Version(void);
 
 #ifdef __cplusplus
 }

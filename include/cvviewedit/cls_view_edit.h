@@ -1,12 +1,23 @@
 #pragma once
 // cvViewEdit's public class. A host creates one and calls an entry method;
-// the call opens the profile editor modally on a file set and returns when
-// the user closes it. What the user saved is then in the files.
+// the call opens the profile editor window modally on the host's user
+// interface thread and returns when the user closes it. What the user saved
+// is then in the files.
+//
+//   cvve::clsViewEdit editor;   // HostSettings::Load()
+//   editor.AcctViewEdit();
+//
+// A host with a QApplication shares it with the editor; for a host without
+// one the library makes one for the duration of each call. Without a display
+// (DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM) there is no window: the view
+// entry methods then fail with an error that says so.
 //
 // ViewEdit and the three view wrappers let failures through to the caller
 // (as exceptions derived from std::exception); ReportEdit ignores them.
 #include <memory>
 #include <string>
+
+#include "cvviewedit/host_settings.h"
 
 namespace cvve {
 
@@ -15,7 +26,11 @@ class frmAcctViewEdit;
 
 class clsViewEdit {
  public:
-  // The environment must outlive this object.
+  // On HostSettings::Load().
+  clsViewEdit();
+  explicit clsViewEdit(const HostSettings& settings);
+  // On an environment of the caller's own (the launcher, tests); it must
+  // outlive this object.
   explicit clsViewEdit(const EditorEnvironment& env);
   ~clsViewEdit();
   clsViewEdit(const clsViewEdit&) = delete;

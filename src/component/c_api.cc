@@ -3,10 +3,8 @@
 #include <exception>
 #include <string>
 
-#include "component/editor_environment.h"
 #include "component/screen_registry.h"
 #include "cvviewedit/cls_view_edit.h"
-#include "host/host_services.h"
 #include "ui/headless_dialog_host.h"
 #include "ui/headless_prompter.h"
 
@@ -29,18 +27,15 @@ ScreenFactory& Factory() {
 
 void RegisterScreenFactory(ScreenFactory factory) { Factory() = std::move(factory); }
 
-std::unique_ptr<Screen> MakeDefaultScreen() {
-  if (Factory()) return Factory()();
+std::unique_ptr<Screen> MakeDefaultScreen(const HostSettings& settings) {
+  if (Factory()) return Factory()(settings);
   return std::make_unique<HeadlessScreen>();
 }
 
 }  // namespace cvve
 
 struct cvViewEdit {
-  cvve::DefaultHostServices host;
-  std::unique_ptr<cvve::Screen> screen = cvve::MakeDefaultScreen();
-  cvve::EditorEnvironment env{host, screen->prompter(), screen->dialogs(), screen->reports()};
-  cvve::clsViewEdit component{env};
+  cvve::clsViewEdit component;
   std::string last_error;
 };
 
@@ -94,5 +89,7 @@ int cvViewEdit_ReportEdit(cvViewEdit* c) {
 }
 
 const char* cvViewEdit_LastError(const cvViewEdit* c) { return c ? c->last_error.c_str() : ""; }
+
+const char* cvViewEdit_Version(void) { return cvve::Version(); }
 
 }  // extern "C"

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "cvviewedit/host_settings.h"
+
 namespace cvve {
 
 class HostServices {
@@ -27,6 +29,9 @@ class HostServices {
 class DefaultHostServices : public HostServices {
  public:
   DefaultHostServices();
+  // The folders, users and host name of the settings; empty folders and
+  // host name stay as the demo data has them.
+  explicit DefaultHostServices(const HostSettings& settings);
   std::string ViewFilesFolder() const override { return view_files_folder; }
   std::string ReportsBaseFolder() const override { return reports_base_folder; }
   bool FileExists(const std::string& path) const override;
@@ -41,14 +46,25 @@ class DefaultHostServices : public HostServices {
   std::string executable_name;
 };
 
-// The demo data folder: $CVVE_DATA_DIR when set, else the one built in.
+// The demo data folder: $CVVE_DATA_DIR when set, else the one installed
+// beside the library, else the one in the source tree.
 std::string DemoDataFolder();
 // The base name (without extension) of the running executable.
 std::string RunningExecutableName();
 // Drops trailing separators, as the host gives its folders.
 std::string WithoutTrailingSeparator(std::string folder);
 // The host's user list as the demo gives it: one name per line of
-// `folder`/users.txt, else a fixed list.
+// `folder`/users.txt (none when it is missing).
 std::vector<std::string> DemoUsers(const std::string& folder);
+// A users file: one name per line; lines starting with # are comments.
+std::vector<std::string> UsersFile(const std::string& path);
+
+// The settings Load() starts from: the demo data folder for views and
+// reports, its users.
+HostSettings DemoHostSettings();
+// Laid over the demo settings by HostSettings::Load(): the window library
+// registers the settings file's reader when it is loaded.
+using SettingsReader = void (*)(HostSettings& settings);
+void RegisterSettingsReader(SettingsReader reader);
 
 }  // namespace cvve

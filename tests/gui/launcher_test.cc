@@ -2,6 +2,7 @@
 // a bad folder, and under Xvfb, where the window is grabbed to a PNG.
 #include <QImage>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSet>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -12,6 +13,7 @@ class LauncherTest : public QObject {
 
  private slots:
   void RefusalsSayWhy();
+  void VersionHelpAndRanges();
   void UnderXvfbTheWindowIsDrawn_data();
   void UnderXvfbTheWindowIsDrawn();
 };
@@ -60,6 +62,41 @@ void LauncherTest::RefusalsSayWhy() {
       QVERIFY2(run.err.contains(message), qPrintable(run.err));
     QVERIFY(run.out.isEmpty());  // no window was opened: the run ended at once
   }
+}
+
+void LauncherTest::VersionHelpAndRanges() {
+  const QString footer = "Without a sub-command viewedit opens the account views";
+  const Run version = Launch(VIEWEDIT_PATH, {"--version"}, false);
+  QCOMPARE(version.code, 0);
+  QVERIFY2(QRegularExpression("^viewedit \\(cvViewEdit\\) \\d+\\.\\d+\\.\\d+\n$")
+               .match(version.out)
+               .hasMatch(),
+           qPrintable(version.out));
+
+  const Run top = Launch(VIEWEDIT_PATH, {"--help"}, false);
+  QCOMPARE(top.code, 0);
+  QVERIFY(top.out.contains(footer));
+  // Each sub-command's help is its own: its description, not the top's text.
+  const struct {
+    const char* command;
+    const char* own;
+  } kHelps[] = {{"acct", "account views"}, {"inv", "inventory views"},
+                {"eod", "end-of-day views"}, {"edit", "VIEWS DEFAULTS SETUP"},
+                {"report", "--pdf"},         {"script", "FILE"},
+                {"sql", "--profile"},        {"demo-db", "--accounts"}};
+  for (const auto& h : kHelps) {
+    const Run help = Launch(VIEWEDIT_PATH, {h.command, "--help"}, false);
+    QCOMPARE(help.code, 0);
+    QVERIFY2(help.out.contains(h.own), qPrintable(help.out));
+    QVERIFY2(!help.out.contains(footer), qPrintable(help.out));
+  }
+
+  // A number out of range names the range in plain figures.
+  const Run negative = Launch(VIEWEDIT_PATH, {"demo-db", "--accounts", "-5"}, false);
+  QCOMPARE(negative.code, 2);
+  QVERIFY2(negative.err.contains("0") && negative.err.contains("10000000"),
+           qPrintable(negative.err));
+  QVERIFY2(!negative.err.contains("e+"), qPrintable(negative.err));
 }
 
 void LauncherTest::UnderXvfbTheWindowIsDrawn_data() {

@@ -27,6 +27,9 @@ class PostgresCluster {
   std::string Exec(const std::string& database, const std::string& sql);
   // The first column of the first row of `sql`, as text.
   std::string Value(const std::string& database, const std::string& sql);
+  // Where its socket lies and the port in the socket's name.
+  const std::string& Folder() const { return folder_; }
+  int Port() const { return port_; }
 
   ~PostgresCluster();
 

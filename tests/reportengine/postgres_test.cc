@@ -236,5 +236,28 @@ TEST(PostgresGuardTest, LimitsAndCancelStopTheStatementAtTheServer) {
   EXPECT_EQ(query.Value(0).toInt(), 300);
 }
 
+TEST(PostgresReportTest, ServiceFileNamesTheWholeConnection) {
+  PostgresCluster& cluster = PostgresCluster::Shared();
+  CVVE_REQUIRE_POSTGRES(cluster);
+
+  TempFolder folder;
+  const std::string services =
+      folder.Write("pg_service.conf", "[dealer]\nhost=" + cluster.Folder() + "\nport=" +
+                                          std::to_string(cluster.Port()) +
+                                          "\ndbname=postgres\nuser=cvve\n");
+  ASSERT_EQ(setenv("PGSERVICEFILE", services.c_str(), 1), 0);
+  {
+    GuardedConnection db("postgresql:///?service=dealer");
+    GuardedQuery query = db.Execute("SELECT current_user, current_database()");
+    ASSERT_TRUE(query.Next());
+    EXPECT_EQ(query.Value(0).toString(), QStringLiteral("cvve"));
+    EXPECT_EQ(query.Value(1).toString(), QStringLiteral("postgres"));
+  }
+  unsetenv("PGSERVICEFILE");
+
+  // Neither a database nor a service: no connection to guess at.
+  EXPECT_THROW(GuardedConnection("postgresql://localhost/"), cvve::Error);
+}
+
 }  // namespace
 }  // namespace cvve::reportengine
