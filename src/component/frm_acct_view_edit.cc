@@ -119,6 +119,7 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
   ViewsDoc.Reset();
   DefaultsDoc.Reset();
   FilterErrorShown = false;
+  UnwrittenProfiles.clear();
 
   const std::string folder = Host().ViewFilesFolder();
   ViewsPath = InReportMode() ? sViewsFile : folder + "/" + sViewsFile;
@@ -200,6 +201,7 @@ void frmAcctViewEdit::cmdOK_Click() {
   if (!InReportMode()) {
     try {
       ViewsDoc.Save(ViewsPath);
+      UnwrittenProfiles.clear();
     } catch (const std::exception& e) {
       // The old file is whole; say so and keep the editor open so nothing is lost.
       ShowError("Error in cmdOK_Click: ", e);
