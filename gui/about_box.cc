@@ -1,7 +1,5 @@
 #include "gui/about_box.h"
 
-#include <QBoxLayout>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QString>
 
@@ -11,9 +9,12 @@ namespace cvve::gui {
 
 QString AboutText() {
   return QStringLiteral(
-             "<b>cvViewEdit %1</b><p>The editor of the list and report profiles of the "
-             "dealer-management suite: columns, filters, sorting, totals and custom "
-             "reports.</p><p>Qt %2</p>")
+             "<h3>cvViewEdit %1</h3>"
+             "<p>The profile editor of the dealer-management suite: the lists' and "
+             "reports' profiles, their statements and the custom reports.</p>"
+             "<p>Built with Qt %2 (LGPL-3.0), pugixml (MIT), JSON for Modern C++ (MIT), "
+             "ICU (Unicode licence), SQLite (public domain), HarfBuzz (MIT) and zlib "
+             "(zlib licence); fonts: DejaVu (Bitstream Vera licence).</p>")
       .arg(QString::fromLatin1(Version()), QString::fromLatin1(qVersion()));
 }
 
@@ -23,17 +24,6 @@ void ShowAboutBox(QWidget* parent) {
   box.setObjectName(QStringLiteral("aboutBox"));
   box.setTextFormat(Qt::RichText);
   box.exec();
-}
-
-void AddHelpMenu(QWidget* window, QBoxLayout* layout) {
-  auto* bar = new QMenuBar(window);
-  bar->setObjectName(QStringLiteral("menuBar"));
-  QMenu* help = bar->addMenu(QStringLiteral("&Help"));
-  help->setObjectName(QStringLiteral("mnuHelp"));
-  QAction* about = help->addAction(QStringLiteral("&About cvViewEdit"));
-  about->setObjectName(QStringLiteral("mnuAbout"));
-  QObject::connect(about, &QAction::triggered, window, [window] { ShowAboutBox(window); });
-  layout->setMenuBar(bar);
 }
 
 }  // namespace cvve::gui

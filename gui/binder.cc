@@ -1,5 +1,7 @@
 #include "gui/binder.h"
 
+#include <QKeyEvent>
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -7,6 +9,7 @@
 #include <QFocusEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -17,6 +20,7 @@
 
 #include "base/error.h"
 #include "gui/list_view_model.h"
+#include "gui/mnemonics.h"
 #include "gui/tree_model.h"
 
 namespace cvve::gui {
@@ -174,14 +178,18 @@ void Binder::Bind(ui::ListBox& model, QListWidget* w) {
       if (row < model.ListCount()) model.SetListIndex(row);
     });
   });
-  connect(w, &QListWidget::itemDoubleClicked, this, [this, &model, w](QListWidgetItem* item) {
-    const int row = w->row(item);
+  // A double click, or Enter on the current entry: the same handler.
+  auto dbl_click = [this, &model](int row) {
     ActLater([&model, row] {
       if (row < 0 || row >= model.ListCount()) return;
       model.SetListIndex(row);
       if (model.on_dbl_click) model.on_dbl_click();
     });
-  });
+  };
+  connect(w, &QListWidget::itemDoubleClicked, this,
+          [w, dbl_click](QListWidgetItem* item) { dbl_click(w->row(item)); });
+  w->installEventFilter(this);
+  enter_lists_.emplace_back(w, [w, dbl_click] { dbl_click(w->currentRow()); });
   Add(model, [this, &model, w] {
     bool same = w->count() == model.ListCount();
     for (int i = 0; same && i < model.ListCount(); ++i)
@@ -205,7 +213,7 @@ void Binder::Bind(ui::ListBox& model, QListWidget* w) {
 
 void Binder::Bind(ui::CheckBox& model, QCheckBox* w) {
   w->setObjectName(Q(model.Name()));
-  w->setText(Q(model.Caption()));
+  w->setText(WithMnemonic(w->objectName(), Q(model.Caption())));
   connect(w, &QCheckBox::clicked, this, [this, &model] { Act([&model] { model.UserClick(); }); });
   Add(model, [this, &model, w] {
     w->setChecked(model.Checked());
@@ -220,7 +228,7 @@ void Binder::Bind(ui::OptionGroup& model, const std::vector<QRadioButton*>& butt
   for (int i = 0; i < static_cast<int>(buttons.size()) && i < model.Count(); ++i) {
     QRadioButton* w = buttons[static_cast<std::size_t>(i)];
     w->setObjectName(Q(model.Name() + "(" + std::to_string(i) + ")"));
-    w->setText(Q(model.Caption(i)));
+    w->setText(WithMnemonic(w->objectName(), Q(model.Caption(i))));
     group->addButton(w, i);
     connect(w, &QRadioButton::clicked, this,
             [this, &model, i] { Act([&model, i] { model.SetValue(i); }); });
@@ -265,7 +273,7 @@ void Binder::Bind(ui::TextBox& model, QPlainTextEdit* w) {
 
 void Binder::Bind(ui::CommandButton& model, QPushButton* w) {
   w->setObjectName(Q(model.Name()));
-  w->setText(Q(model.Caption()));
+  w->setText(WithMnemonic(w->objectName(), Q(model.Caption())));
   w->setAutoDefault(false);
   connect(w, &QPushButton::clicked, this, [this, &model] { Act([&model] { model.Click(); }); });
   w->installEventFilter(this);
@@ -391,6 +399,16 @@ void Binder::Watch(const ui::Control& model, std::function<void()> refresh) {
 }
 
 bool Binder::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+    for (auto& [list, activate] : enter_lists_) {
+      if (enter && list == watched && key->modifiers() == Qt::NoModifier) {
+        activate();
+        return true;
+      }
+    }
+  }
   if (event->type() == QEvent::FocusOut) {
     for (auto& [button, model] : focus_buttons_) {
       if (button == watched && model->on_lost_focus) {

@@ -105,6 +105,8 @@ class Binder : public QObject {
   QSet<QWidget*> layout_hidden_;
   // Buttons whose focus-out goes to their model's on_lost_focus.
   std::vector<std::pair<QPointer<QPushButton>, ui::CommandButton*>> focus_buttons_;
+  // Lists where Enter does what a double click does.
+  std::vector<std::pair<QPointer<QListWidget>, std::function<void()>>> enter_lists_;
   bool refreshing_ = false;
   int depth_ = 0;
 };

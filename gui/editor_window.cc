@@ -14,26 +14,35 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QSplitter>
+#include <QStatusBar>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
 #include "filters/value_editors.h"
 #include "gui/about_box.h"
+#include "gui/accessible_names.h"
 #include "gui/filter_cell_delegate.h"
+#include "gui/help_menu.h"
+#include "gui/mnemonics.h"
 #include "gui/list_view_model.h"
 #include "gui/row_delegate.h"
 #include "gui/units.h"
+#include "gui/window_settings.h"
 #include "profiles/profile_search.h"
 #include "query/statement_preview.h"
 #include "ui/prompter.h"
@@ -44,16 +53,25 @@ namespace {
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
 
+// Steps 3, 6 and 7 stand in a column of this width beside the lists.
+constexpr int kSideColumnWidth = 250;
+
 QGroupBox* Step(const QString& title, QWidget* parent) {
   auto* box = new QGroupBox(title, parent);
   return box;
 }
 
-QLabel* Caption(const QString& text, QWidget* parent) {
-  auto* label = new QLabel(text, parent);
+// A label named `name`, its mnemonic marked, that hands the focus to `buddy`.
+QLabel* Caption(const char* name, const QString& text, QWidget* buddy, QWidget* parent) {
+  auto* label = new QLabel(WithMnemonic(name, text), parent);
+  label->setObjectName(name);
   label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  label->setBuddy(buddy);
   return label;
 }
+
+// The numbered step titles; Alt+digit reaches the step's first control.
+QString StepTitle(const char* title) { return QStringLiteral("&") + title; }
 
 // Twips to whole pixels, rounded up: the first pixel at or after the point.
 int CeilDiv(int twips, int per_pixel) {
@@ -92,6 +110,7 @@ EditorWindow::EditorWindow(frmAcctViewEdit& ed, QWidget* parent)
   BindModels();
   SetTabOrder();
   AddShortcuts();
+  NameForAssistiveTechnology(this);
   binder_.before_refresh = [this] { return ApplyReportMode(); };
   binder_.after_refresh = [this] { AfterRefresh(); };
   binder_.on_failure = [this](const std::string& description) {
@@ -103,37 +122,84 @@ EditorWindow::EditorWindow(frmAcctViewEdit& ed, QWidget* parent)
   ed_.on_report_mode_changed = [this] {
     if (!binder_.Acting()) binder_.RefreshAll();
   };
-  // Roomy where the screen allows it, never larger than the screen.
+  // Small screens: below this the editor scrolls inside the window.
+  setMinimumSize(640, 480);
+  // Most of the screen, so that large screens give the lists their room; the
+  // size and splitters of the last session when there was one.
   QSize size(1360, 880);
   if (QScreen* shown_on = screen()) {
-    size = size.boundedTo(shown_on->availableGeometry().size() - QSize(24, 48));
+    const QSize available = shown_on->availableGeometry().size();
+    size = (available * 0.9).boundedTo(available - QSize(24, 48));
   }
-  resize(size.expandedTo(minimumSizeHint()));
+  resize(size.expandedTo(minimumSize()));
+  RestoreWindowState(this, Splitters());
   binder_.RefreshAll(true);
 }
 
 EditorWindow::~EditorWindow() { ed_.on_report_mode_changed = nullptr; }
 
+QList<QSplitter*> EditorWindow::Splitters() const {
+  return {main_split_, sides_split_, bottom_split_};
+}
+
 void EditorWindow::BuildLayout() {
-  auto* root = new QVBoxLayout(this);
-  root->setContentsMargins(10, 10, 10, 10);
-  root->setSpacing(8);
-  AddHelpMenu(this, root);
-  auto* body = new QHBoxLayout;
-  body->setSpacing(10);
-  root->addLayout(body, 1);
+  // Menu, the editor (scrolled when the window is smaller than it needs) and
+  // the status line.
+  auto* outer = new QVBoxLayout(this);
+  outer->setContentsMargins(0, 0, 0, 0);
+  outer->setSpacing(0);
+  outer->setMenuBar(CreateHelpMenuBar(this));
+  scroll_ = new QScrollArea(this);
+  scroll_->setObjectName("scrContent");
+  scroll_->setWidgetResizable(true);
+  scroll_->setFrameShape(QFrame::NoFrame);
+  auto* content = new QWidget(scroll_);
+  content->setObjectName("content");
+  scroll_->setWidget(content);
+  outer->addWidget(scroll_, 1);
+  status_ = new QStatusBar(this);
+  status_->setObjectName("statusBar");
+  status_->setSizeGripEnabled(false);
+  unwritten_ = new QLabel(status_);
+  unwritten_->setObjectName("lblUnwritten");
+  status_->addWidget(unwritten_, 1);
+  outer->addWidget(status_);
+
+  auto* root = new QVBoxLayout(content);
+  root->setContentsMargins(8, 8, 8, 8);
+  root->setSpacing(6);
+  // Steps over the bottom panes; the profiles beside the steps. The bottom
+  // is a splitter of its own so that further panes can join the statement.
+  main_split_ = new QSplitter(Qt::Vertical, content);
+  main_split_->setObjectName("splMain");
+  main_split_->setChildrenCollapsible(false);
+  sides_split_ = new QSplitter(Qt::Horizontal, main_split_);
+  sides_split_->setObjectName("splSides");
+  sides_split_->setChildrenCollapsible(false);
+  bottom_split_ = new QSplitter(Qt::Horizontal, main_split_);
+  bottom_split_->setObjectName("splBottom");
+  bottom_split_->setChildrenCollapsible(false);
+  main_split_->addWidget(sides_split_);
+  main_split_->addWidget(bottom_split_);
+  main_split_->setStretchFactor(0, 1);
+  main_split_->setStretchFactor(1, 0);
+  root->addWidget(main_split_, 1);
 
   // --- 1. the profiles ---
-  step1_ = Step("1. Select A Profile", this);
-  step1_->setFixedWidth(300);
+  step1_ = Step(StepTitle("1. Select A Profile"), sides_split_);
   auto* l1 = new QVBoxLayout(step1_);
   l1->setSpacing(6);
   search_ = new QLineEdit(step1_);
   search_->setObjectName("txtSearch");
   search_->setPlaceholderText("Search profile names");
   search_->setClearButtonEnabled(true);
-  search_->setToolTip("Lists the profiles whose names contain this text under \"Search Results\"");
-  l1->addWidget(search_);
+  search_->setToolTip(
+      "Lists the profiles whose names contain this text under \"Search Results\" (Ctrl+F)");
+  auto* search_row = new QHBoxLayout;
+  search_label_ = Caption("lblSearch", "Search:", search_, step1_);
+  search_row->addWidget(search_label_);
+  search_row->addWidget(search_, 1);
+  l1->addLayout(search_row);
   tree_ = new QTreeView(step1_);
   tree_->setIconSize(QSize(16, 16));
   l1->addWidget(tree_, 1);
@@ -146,9 +212,9 @@ void EditorWindow::BuildLayout() {
   } kCommands[] = {
       {&ed_.cmdNewProfile, "Create a new profile (Ctrl+N)", 0, 0},
       {&ed_.cmdCopyProfile, "Copy the profile under a new name (Ctrl+D)", 0, 1},
-      {&ed_.cmdEditProfile, "Rename the profile (F2)", 0, 2},
-      {&ed_.cmdDeleteProfile, "Delete the profile, or reset a system profile (Delete)", 1, 0},
-      {&ed_.cmdSaveProfile, "Save the profile (Ctrl+S)", 1, 1},
+      {&ed_.cmdEditProfile, "Rename the profile (F2)", 1, 0},
+      {&ed_.cmdDeleteProfile, "Delete the profile, or reset a system profile (Delete)", 1, 1},
+      {&ed_.cmdSaveProfile, "Save the profile (Ctrl+S)", 2, 0},
   };
   for (const auto& command : kCommands) {
     auto* button = new QPushButton(step1_);
@@ -158,16 +224,21 @@ void EditorWindow::BuildLayout() {
     if (command.model == &ed_.cmdSaveProfile) save_ = button;
   }
   l1->addLayout(commands);
-  body->addWidget(step1_);
+  sides_split_->addWidget(step1_);
 
-  // --- the right side: current profile, steps 2 to 7, statement ---
-  auto* right = new QVBoxLayout;
-  right->setSpacing(8);
-  body->addLayout(right, 1);
+  // --- the right side: current profile, steps 2 to 7 ---
+  auto* right_side = new QWidget(sides_split_);
+  right_side->setObjectName("steps");
+  sides_split_->addWidget(right_side);
+  sides_split_->setStretchFactor(0, 0);
+  sides_split_->setStretchFactor(1, 1);
+  auto* right = new QVBoxLayout(right_side);
+  right->setContentsMargins(0, 0, 0, 0);
+  right->setSpacing(6);
   auto* current = new QHBoxLayout;
-  current_label_ = Caption("Current profile:", this);
+  current_profile_ = new QLineEdit(right_side);
+  current_label_ = Caption("lblCurrProf", "Current profile:", current_profile_, right_side);
   current->addWidget(current_label_);
-  current_profile_ = new QLineEdit(this);
   QFont bold = current_profile_->font();
   bold.setBold(true);
   current_profile_->setFont(bold);
@@ -175,7 +246,7 @@ void EditorWindow::BuildLayout() {
   current->addWidget(current_profile_, 1);
   right->addLayout(current);
 
-  instructions_ = new QWidget(this);
+  instructions_ = new QWidget(right_side);
   instructions_->setObjectName("fraInstructions");
   auto* columns = new QHBoxLayout(instructions_);
   columns->setContentsMargins(0, 0, 0, 0);
@@ -189,35 +260,35 @@ void EditorWindow::BuildLayout() {
   right->addWidget(instructions_, 1);
 
   // 2. data set and folder
-  auto* step2 = Step("2. Choose The Data Set", instructions_);
+  auto* step2 = Step(StepTitle("2. Choose The Data Set"), instructions_);
   auto* l2 = new QHBoxLayout(step2);
-  l2->addWidget(Caption("Data set:", step2));
   data_set_ = new QComboBox(step2);
   data_set_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  data_set_->setMinimumContentsLength(18);
+  data_set_->setMinimumContentsLength(14);
+  l2->addWidget(Caption("lblDataSet", "Data set:", data_set_, step2));
   l2->addWidget(data_set_, 3);
   l2->addSpacing(12);
-  folder_label_ = Caption("Folder:", step2);
-  l2->addWidget(folder_label_);
   folder_ = new QComboBox(step2);
   folder_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  folder_->setMinimumContentsLength(12);
+  folder_->setMinimumContentsLength(10);
+  folder_label_ = Caption("lblAcctViewType", "Folder:", folder_, step2);
+  l2->addWidget(folder_label_);
   folder_->setToolTip("The folder of the tree that lists this profile");
   l2->addWidget(folder_, 2);
   col_a->addWidget(step2);
 
   // 4. columns
-  auto* step4 = Step("4. Select The List Columns", instructions_);
+  auto* step4 = Step(StepTitle("4. Select The List Columns"), instructions_);
   auto* l4 = new QGridLayout(step4);
   l4->setHorizontalSpacing(8);
-  l4->addWidget(Caption("Available columns", step4), 0, 0);
-  l4->addWidget(Caption("Used columns, in order", step4), 0, 2);
   auto* available = new QListWidget(step4);
   auto* used = new QListWidget(step4);
+  l4->addWidget(Caption("lblAvailColumns", "Available columns", available, step4), 0, 0);
+  l4->addWidget(Caption("lblUsedColumns", "Used columns, in order", used, step4), 0, 2);
   binder_.Bind(ed_.lstAvailColumns, available);
   binder_.Bind(ed_.lstUsedColumns, used);
-  available->setToolTip("Double-click a column to use it");
-  used->setToolTip("Double-click a column to stop using it");
+  available->setToolTip("Double-click a column, or press Enter, to use it");
+  used->setToolTip("Double-click a column, or press Enter, to stop using it");
   l4->addWidget(available, 1, 0);
   l4->addWidget(used, 1, 2);
   auto* moves = new QVBoxLayout;
@@ -280,23 +351,25 @@ void EditorWindow::BuildLayout() {
   col_a->addWidget(step5, 4);
 
   // 3. tabs (view mode) or page and variables (report mode)
-  step3_ = Step("3. Select The Tabs", instructions_);
-  step3_->setFixedWidth(280);
+  step3_ = Step(StepTitle("3. Select The Tabs"), instructions_);
+  step3_->setFixedWidth(kSideColumnWidth);
   auto* l3 = new QVBoxLayout(step3_);
   tabs_ = new QTreeView(step3_);
   l3->addWidget(tabs_);
   col_b->addWidget(step3_, 1);
 
   // 6. sorting and totals
-  auto* step6 = Step("6. Sort And Totals", instructions_);
-  step6->setFixedWidth(280);
+  auto* step6 = Step(StepTitle("6. Sort And Totals"), instructions_);
+  step6->setFixedWidth(kSideColumnWidth);
   auto* l6 = new QGridLayout(step6);
   l6->setVerticalSpacing(6);
   for (int i = 0; i < 2; ++i) {
     const auto s = static_cast<std::size_t>(i);
-    l6->addWidget(Caption(i == 0 ? "Sort by:" : "Then by:", step6), i, 0);
     auto* sort = new QComboBox(step6);
     auto* direction = new QComboBox(step6);
+    l6->addWidget(Caption(i == 0 ? "lblSort(0)" : "lblSort(1)", i == 0 ? "Sort by:" : "Then by:",
+                          sort, step6),
+                  i, 0);
     sort->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     sort->setMinimumContentsLength(10);
     binder_.Bind(ed_.cmbSort[s], sort);
@@ -316,20 +389,20 @@ void EditorWindow::BuildLayout() {
   col_b->addWidget(step6);
 
   // 7. printing and input variables (moves into step 3 in report mode)
-  step7_ = Step("7. Printing And Input Variables", instructions_);
-  step7_->setFixedWidth(280);
+  step7_ = Step(StepTitle("7. Printing And Input Variables"), instructions_);
+  step7_->setFixedWidth(kSideColumnWidth);
   auto* l7 = new QVBoxLayout(step7_);
   page_panel_ = new QWidget(step7_);
   page_panel_->setObjectName("pagePanel");
   auto* page = new QGridLayout(page_panel_);
   page->setContentsMargins(0, 0, 0, 0);
   page->setVerticalSpacing(6);
-  page->addWidget(Caption("Orientation:", page_panel_), 0, 0);
   auto* orientation = new QComboBox(page_panel_);
+  page->addWidget(Caption("lblOrientation", "Orientation:", orientation, page_panel_), 0, 0);
   binder_.Bind(ed_.cmbOrientation, orientation);
   page->addWidget(orientation, 0, 1);
-  page->addWidget(Caption("Page size:", page_panel_), 1, 0);
   auto* page_size = new QComboBox(page_panel_);
+  page->addWidget(Caption("lblPageSize", "Page size:", page_size, page_panel_), 1, 0);
   binder_.Bind(ed_.cmbPageSize, page_size);
   page->addWidget(page_size, 1, 1);
   page->setColumnStretch(1, 1);
@@ -349,19 +422,23 @@ void EditorWindow::BuildLayout() {
   col_b_spacer_ = new QSpacerItem(0, 0, QSizePolicy::Minimum, QSizePolicy::Minimum);
   col_b->addItem(col_b_spacer_);
 
-  // The statement that a save would store, read-only.
-  pane_ = Step("Statement Saved With This Profile", this);
+  // The statement that a save would store, read-only: the first bottom pane.
+  pane_ = Step("Statement Saved With This Profile", bottom_split_);
   QGroupBox* pane = pane_;
   auto* lp = new QVBoxLayout(pane);
+  lp->setContentsMargins(6, 4, 6, 6);
   statement_ = new QPlainTextEdit(pane);
   statement_->setObjectName("txtStatement");
   statement_->setReadOnly(true);
   statement_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   statement_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
-  statement_->setFixedHeight(statement_->fontMetrics().lineSpacing() * 5 + 12);
+  const int line = statement_->fontMetrics().lineSpacing();
+  statement_->setMinimumHeight(line * 2 + 12);
+  statement_->resize(statement_->width(), line * 5 + 12);
   statement_->setFocusPolicy(Qt::ClickFocus);
   lp->addWidget(statement_);
-  right->addWidget(pane);
+  bottom_split_->addWidget(pane);
+  main_split_->setSizes({600, line * 5 + 40});
 
   // --- the closing row ---
   auto* closing = new QHBoxLayout;
@@ -419,6 +496,8 @@ void EditorWindow::BindModels() {
   filters_->header()->setSectionResizeMode(QHeaderView::Fixed);
   filters_->header()->setSectionsMovable(false);
   filters_->setAllColumnsShowFocus(true);
+  // Narrower than its columns it scrolls sideways, so small screens keep it.
+  filters_->setMinimumWidth(300);
   filters_->installEventFilter(this);
   filters_->viewport()->installEventFilter(this);
   filter_area_->installEventFilter(this);
@@ -515,6 +594,14 @@ void EditorWindow::AddShortcuts() {
     s->setContext(Qt::WindowShortcut);
     connect(s, &QShortcut::activated, this, [press, name = shortcut.button] { press(name); });
   }
+  // Ctrl+F: to the profile search, its text ready to be typed over.
+  auto* find = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
+  find->setContext(Qt::WindowShortcut);
+  connect(find, &QShortcut::activated, this, [this] {
+    if (!search_->isVisible()) return;
+    search_->setFocus(Qt::ShortcutFocusReason);
+    search_->selectAll();
+  });
   // F2 and Delete act on the profile only while the tree has the focus (the
   // tree claims these keys before shortcuts see them); see eventFilter.
   tree_->installEventFilter(this);
@@ -527,11 +614,13 @@ bool EditorWindow::ApplyReportMode() {
   shown_report_mode_ = report;
   // Report mode: a printed report has no tabs and is not exported again; its
   // page and input variables matter most, so they take step 3's place.
-  step1_->setTitle(report ? "1. Select A Report" : "1. Select A Profile");
-  current_label_->setText(report ? "Current report:" : "Current profile:");
+  step1_->setTitle(StepTitle(report ? "1. Select A Report" : "1. Select A Profile"));
+  current_label_->setText(
+      WithMnemonic("lblCurrProf", report ? "Current report:" : "Current profile:"));
   pane_->setTitle(report ? "Statement Saved With This Report"
                          : "Statement Saved With This Profile");
   search_->setVisible(!report);
+  search_label_->setVisible(!report);
   folder_label_->setVisible(!report);
   binder_.SetLayoutHidden(folder_, report);
   binder_.SetLayoutHidden(tabs_, report);
@@ -540,11 +629,11 @@ bool EditorWindow::ApplyReportMode() {
   auto* l3 = static_cast<QVBoxLayout*>(step3_->layout());
   auto* l7 = static_cast<QVBoxLayout*>(step7_->layout());
   if (report) {
-    step3_->setTitle("3. Report Page And Input Variables");
+    step3_->setTitle(StepTitle("3. Report Page And Input Variables"));
     l3->addWidget(page_panel_);
     step7_->hide();
   } else {
-    step3_->setTitle("3. Select The Tabs");
+    step3_->setTitle(StepTitle("3. Select The Tabs"));
     l7->addWidget(page_panel_);
     step7_->show();
   }
@@ -561,10 +650,14 @@ bool EditorWindow::ApplyReportMode() {
 void EditorWindow::AfterRefresh() {
   const bool report = ed_.InReportMode();
   const QString file = QFileInfo(Q(ed_.ViewsPath)).fileName();
-  setWindowTitle(report ? QString("Custom Reports[*]")
-                        : QString("View Profiles - %1[*]").arg(file.isEmpty() ? "no file" : file));
+  const QString waiting = UnwrittenNotice(file);
+  setWindowTitle((report ? QString("Custom Reports")
+                         : QString("View Profiles - %1").arg(file.isEmpty() ? "no file" : file)) +
+                 (waiting.isEmpty() ? QString() : QString(" (saved, not yet written)")) +
+                 QString("[*]"));
   setWindowModified(ed_.ProfileChanged);
   changed_->setVisible(ed_.ProfileChanged);
+  unwritten_->setText(waiting);
 
   // The cell painter follows the editor (installed by LoadFiles, removed on unload).
   QAbstractItemDelegate* want = ed_.cell_painter_installed
@@ -589,9 +682,18 @@ void EditorWindow::AfterRefresh() {
   if (statement_->toPlainText() != statement) statement_->setPlainText(statement);
 
   if (!ed_.Visible() && isVisible()) {
+    SaveWindowState(this, Splitters());
     hide();
     if (on_closed) on_closed();
   }
+}
+
+QString EditorWindow::UnwrittenNotice(const QString& file) const {
+  if (ed_.UnwrittenProfiles.empty()) return {};
+  QStringList names;
+  for (const std::string& name : ed_.UnwrittenProfiles) names << Q(name);
+  return QString("Saved, not yet written: %1. OK writes %2 to %3; Cancel drops %2.")
+      .arg(names.join(", "), names.size() == 1 ? "it" : "them", file);
 }
 
 bool EditorWindow::cellPainterShown() const { return filters_->itemDelegate() == cell_delegate_; }
@@ -605,11 +707,21 @@ void EditorWindow::UpdateFilterMetrics() {
   QHeaderView* header = filters_->header();
   // Column c covers the pixels x with x * tx inside its twips, as the model's
   // hit test counts them: its edges are the running widths divided upwards.
+  // Room beyond the columns widens the caption column on screen only; the
+  // model keeps its widths, and presses and editors are shifted by the extra.
   int running = 0;
+  int widths = 0;
   for (int c = 0; c < list.ColumnCount() && c < header->count(); ++c) {
     const int left = CeilDiv(running, tx);
     running += list.Column(c + 1).width_twips;
-    const int width = CeilDiv(running, tx) - left;
+    widths += CeilDiv(running, tx) - left;
+  }
+  caption_extra_ = std::max(0, filters_->viewport()->width() - widths);
+  running = 0;
+  for (int c = 0; c < list.ColumnCount() && c < header->count(); ++c) {
+    const int left = CeilDiv(running, tx);
+    running += list.Column(c + 1).width_twips;
+    const int width = CeilDiv(running, tx) - left + (c == 0 ? caption_extra_ : 0);
     if (header->sectionSize(c) != width) header->resizeSection(c, width);
   }
   // The list's origin, as the model counts it, is the top of the header at
@@ -625,11 +737,15 @@ void EditorWindow::UpdateFilterMetrics() {
   if (row_height <= 0) row_height = filters_->fontMetrics().height() + 4;
   list.row_height_twips = row_height * ty;
   list.scroll_rows = filters_->verticalScrollBar()->value();
-  // Wide enough for every column without a horizontal scroll bar.
-  int total = 0;
-  for (int c = 0; c < header->count(); ++c) total += header->sectionSize(c);
-  filters_->setMinimumWidth(total + 2 * filters_->frameWidth() +
-                            filters_->style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2);
+}
+
+int EditorWindow::FilterPressX(int viewport_x) const {
+  // From the stretched columns on screen to the model's: a press in the
+  // widened part of the caption is a press in the caption.
+  const int x = viewport_x + filters_->horizontalScrollBar()->value();
+  const int caption = filters_->header()->sectionSize(0);
+  if (x >= caption) return x - caption_extra_;
+  return std::min(x, std::max(0, caption - caption_extra_ - 1));
 }
 
 void EditorWindow::PlaceValueEditor(int which) {
@@ -637,7 +753,10 @@ void EditorWindow::PlaceValueEditor(int which) {
   // it edits); its height is the box's own.
   const ui::ComboBox& model = ValueEditor(ed_, which);
   QComboBox* box = valueEditor(which);
-  box->setGeometry(CeilDiv(model.Left(), TwipsPerPixelX(this)),
+  // The columns right of the caption sit further right by the caption's
+  // extra width, and further left by the list's horizontal scroll.
+  const int shift = caption_extra_ - filters_->horizontalScrollBar()->value();
+  box->setGeometry(CeilDiv(model.Left(), TwipsPerPixelX(this)) + shift,
                    CeilDiv(model.Top(), TwipsPerPixelY(this)), ToPixelsX(this, model.Width()),
                    box->sizeHint().height());
 }
@@ -649,13 +768,29 @@ void EditorWindow::FilterMousePress(QMouseEvent* event) {
   const int ty = TwipsPerPixelY(this);
   const QPoint at = event->position().toPoint();
   const int header_height = filters_->isHeaderHidden() ? 0 : filters_->header()->height();
-  const float x = float((at.x() + filters_->horizontalScrollBar()->value()) * tx);
+  const float x = float(FilterPressX(at.x()) * tx);
   const float y = float((at.y() + header_height) * ty);
   const int button = MouseButtonCode(event->button());
   const int shift = ShiftCode(event->modifiers());
   binder_.ActLater([this, button, shift, x, y] {
     UpdateFilterMetrics();
     lstFilters_MouseDown(ed_, button, shift, x, y);
+  });
+}
+
+bool EditorWindow::FilterOpenKey(const QKeyEvent* key) {
+  if (key->modifiers() != Qt::NoModifier && key->modifiers() != Qt::KeypadModifier) return false;
+  return key->key() == Qt::Key_F2 || key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+}
+
+void EditorWindow::OpenCurrentFilterValue() {
+  const QModelIndex current = filters_->currentIndex();
+  if (!current.isValid()) return;
+  const int position = current.row() + 1;
+  // The same press a click on the row's first value cell makes.
+  binder_.ActLater([this, position] {
+    UpdateFilterMetrics();
+    static_cast<void>(lstFilters_OpenValueCell(ed_, position, 1));
   });
 }
 
@@ -672,6 +807,11 @@ bool EditorWindow::ValueEditorEvent(int which, QEvent* event) {
   switch (event->type()) {
     case QEvent::KeyPress: {
       auto* key = static_cast<QKeyEvent*>(event);
+      if (key->key() == Qt::Key_Tab && key->modifiers() == Qt::NoModifier && which == 1 &&
+          ValueCellCount(ed_, ed_.lstFilters.SelectedItem()) == 2) {
+        binder_.Act([this] { static_cast<void>(txtDataLV_Tab(ed_, 1)); });
+        return true;
+      }
       int code = 0;
       if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) code = kKeyEnter;
       if (key->key() == Qt::Key_Escape) code = kKeyEscape;
@@ -726,7 +866,7 @@ bool EditorWindow::eventFilter(QObject* watched, QEvent* event) {
   }
   if (watched == filters_->viewport() && event->type() == QEvent::MouseButtonPress) {
     FilterMousePress(static_cast<QMouseEvent*>(event));
-  } else if (watched == filter_area_ &&
+  } else if ((watched == filter_area_ || watched == filters_->viewport()) &&
              (event->type() == QEvent::Resize || event->type() == QEvent::Move ||
               event->type() == QEvent::LayoutRequest)) {
     UpdateFilterMetrics();
@@ -743,6 +883,10 @@ bool EditorWindow::eventFilter(QObject* watched, QEvent* event) {
   } else if ((watched == filters_ || watched == tabs_) &&
              (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease)) {
     auto* key = static_cast<QKeyEvent*>(event);
+    if (watched == filters_ && FilterOpenKey(key)) {
+      if (event->type() == QEvent::KeyPress) OpenCurrentFilterValue();
+      return true;
+    }
     if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
       if (event->type() == QEvent::KeyPress && !key->isAutoRepeat()) {
         ToggleCheck(static_cast<QTreeView*>(watched),

@@ -6,6 +6,7 @@
 // The window keeps the filter list's metrics in the model (twips), so hit
 // tests and the in-place editors' placement match what is drawn.
 #include <QPointer>
+#include <QList>
 #include <QWidget>
 #include <functional>
 #include <optional>
@@ -13,6 +14,10 @@
 #include "gui/binder.h"
 
 class QBoxLayout;
+class QKeyEvent;
+class QScrollArea;
+class QSplitter;
+class QStatusBar;
 class QComboBox;
 class QSpacerItem;
 class QGroupBox;
@@ -47,6 +52,10 @@ class EditorWindow : public QWidget {
   QComboBox* valueEditor(int which) const { return which == 1 ? value1_ : value2_; }
   QPlainTextEdit* statementPane() const { return statement_; }
   QLineEdit* searchBox() const { return search_; }
+  QStatusBar* statusBar() const { return status_; }
+  // Steps over bottom panes, profiles beside steps, and the bottom panes
+  // (the statement first): their positions are remembered.
+  QList<QSplitter*> Splitters() const;
   bool cellPainterShown() const;
 
   // Called once the model's form is hidden (OK or Cancel finished).
@@ -69,6 +78,10 @@ class EditorWindow : public QWidget {
   bool ValueEditorEvent(int which, QEvent* event);
   void FilterMousePress(QMouseEvent* event);
   void ToggleCheck(QTreeView* view, ui::ListView& list);
+  static bool FilterOpenKey(const QKeyEvent* key);
+  void OpenCurrentFilterValue();
+  int FilterPressX(int viewport_x) const;
+  QString UnwrittenNotice(const QString& file) const;
 
   frmAcctViewEdit& ed_;
   Binder binder_;
@@ -76,7 +89,14 @@ class EditorWindow : public QWidget {
   std::optional<bool> shown_report_mode_;
 
   // Step 1
+  QScrollArea* scroll_ = nullptr;
+  QStatusBar* status_ = nullptr;
+  QLabel* unwritten_ = nullptr;
+  QSplitter* main_split_ = nullptr;
+  QSplitter* sides_split_ = nullptr;
+  QSplitter* bottom_split_ = nullptr;
   QGroupBox* step1_ = nullptr;
+  QLabel* search_label_ = nullptr;
   QLineEdit* search_ = nullptr;
   QTreeView* tree_ = nullptr;
   QLabel* current_label_ = nullptr;
@@ -97,6 +117,8 @@ class EditorWindow : public QWidget {
   QComboBox* value1_ = nullptr;
   QComboBox* value2_ = nullptr;
   FilterCellDelegate* cell_delegate_ = nullptr;
+  // Pixels the caption column is drawn wider than the model's width.
+  int caption_extra_ = 0;
   QStyledItemDelegate* plain_delegate_ = nullptr;
   QGroupBox* pane_ = nullptr;
   QPlainTextEdit* statement_ = nullptr;

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPrintDialog>
@@ -14,6 +15,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QSpinBox>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -21,6 +23,7 @@
 #include <cmath>
 
 #include "reportengine/page_renderer.h"
+#include "reportengine/page_search.h"
 
 namespace cvve::reportengine {
 
@@ -111,8 +114,22 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
          &ReportViewerWindow::FitWidth);
   button(QStringLiteral("Fit Page"), QStringLiteral("Zoom to show the whole page"),
          &ReportViewerWindow::FitPage);
+  bar->addSpacing(16);
+  find_box_ = new QLineEdit(this);
+  find_box_->setObjectName(QStringLiteral("txtFind"));
+  find_box_->setPlaceholderText(QStringLiteral("Find text"));
+  find_box_->setToolTip(QStringLiteral("Enter or F3: the next page with this text (Ctrl+F)"));
+  find_box_->setClearButtonEnabled(true);
+  auto* find_label = new QLabel(QStringLiteral("&Find:"), this);
+  find_label->setBuddy(find_box_);
+  bar->addWidget(find_label);
+  bar->addWidget(find_box_);
+  connect(find_box_, &QLineEdit::returnPressed, this, &ReportViewerWindow::FindNext);
+  find_result_ = new QLabel(this);
+  find_result_->setObjectName(QStringLiteral("lblFindResult"));
+  bar->addWidget(find_result_);
   bar->addStretch();
-  button(QStringLiteral("Print..."), QStringLiteral("Print the report"),
+  button(QStringLiteral("Print..."), QStringLiteral("Print the report (Ctrl+P)"),
          &ReportViewerWindow::Print);
   button(QStringLiteral("Save as PDF..."), QStringLiteral("Save the report as a PDF file"),
          &ReportViewerWindow::SaveAsPdfDialog);
@@ -130,6 +147,20 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   column->addLayout(bar);
   column->addWidget(scroll_, 1);
 
+  const struct {
+    QKeySequence keys;
+    void (ReportViewerWindow::*slot)();
+  } kKeys[] = {
+      {QKeySequence(Qt::CTRL | Qt::Key_P), &ReportViewerWindow::Print},
+      {QKeySequence(Qt::CTRL | Qt::Key_F), &ReportViewerWindow::FocusFind},
+      {QKeySequence(Qt::Key_F3), &ReportViewerWindow::FindNext},
+      {QKeySequence(Qt::CTRL | Qt::Key_0), &ReportViewerWindow::FitWidth},
+  };
+  for (const auto& key : kKeys) {
+    auto* shortcut = new QShortcut(key.keys, this);
+    connect(shortcut, &QShortcut::activated, this, key.slot);
+  }
+
   resize(1000, 800);
   fit_ = Fit::kWidth;  // applied when the page area gets its size
   scroll_->viewport()->installEventFilter(this);
@@ -146,6 +177,22 @@ void ReportViewerWindow::ShowPage(int index) {
   page_ = index;
   Render();
   scroll_->verticalScrollBar()->setValue(0);
+}
+
+void ReportViewerWindow::FocusFind() {
+  find_box_->setFocus(Qt::ShortcutFocusReason);
+  find_box_->selectAll();
+}
+
+void ReportViewerWindow::FindNext() {
+  const QString needle = find_box_->text();
+  // A new text is looked for from the page shown; the same text again from
+  // the page after it.
+  const int from = needle == last_found_ ? page_ + 1 : page_;
+  const int found = FindPageWithText(*layout_, needle, from);
+  last_found_ = found < 0 ? QString() : needle;
+  find_result_->setText(found < 0 && !needle.isEmpty() ? QStringLiteral("Not found") : QString());
+  if (found >= 0) ShowPage(found);
 }
 
 void ReportViewerWindow::NextPage() { ShowPage(page_ + 1); }

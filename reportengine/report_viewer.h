@@ -1,12 +1,14 @@
 #pragma once
 // The report viewer: one page at a time, zoom in and out or to the window,
-// page navigation, Print (through the print dialog) and "Save as PDF".
+// page navigation, find text, Print (through the print dialog) and "Save as
+// PDF".
 #include <QDialog>
 #include <memory>
 
 #include "reportengine/paginator.h"
 
 class QLabel;
+class QLineEdit;
 class QScrollArea;
 class QSpinBox;
 class QToolButton;
@@ -47,6 +49,8 @@ class ReportViewerWindow : public QDialog {
   void FitWidth();
   void FitPage();
   void Print();            // the print dialog, then the chosen pages
+  void FocusFind();        // to the find box, its text selected
+  void FindNext();         // the next page with the find box's text
   void SaveAsPdfDialog();  // asks for the file
 
  protected:
@@ -73,6 +77,9 @@ class ReportViewerWindow : public QDialog {
   QToolButton* previous_ = nullptr;
   QToolButton* next_ = nullptr;
   QToolButton* last_ = nullptr;
+  QLineEdit* find_box_ = nullptr;
+  QLabel* find_result_ = nullptr;
+  QString last_found_;
 };
 
 }  // namespace cvve::reportengine

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include <unicode/unistr.h>
+
 namespace cvve {
 
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to) {
@@ -39,6 +41,15 @@ std::vector<std::string> Split(std::string_view text, char separator) {
 std::string ToLower(std::string_view text) {
   std::string out(text);
   for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return out;
+}
+
+std::string FoldCase(std::string_view text) {
+  icu::UnicodeString folded =
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+  folded.foldCase();
+  std::string out;
+  folded.toUTF8String(out);
   return out;
 }
 

@@ -21,6 +21,10 @@ std::vector<std::string> Split(std::string_view text, char separator);
 
 std::string ToLower(std::string_view text);
 std::string ToUpper(std::string_view text);
+// Full Unicode case folding of UTF-8 text ("MÜLLER", "Müller" and "müller"
+// fold alike; "Straße" folds to "strasse"), for comparisons that ignore
+// letter case. Bytes that are not UTF-8 fold to U+FFFD.
+std::string FoldCase(std::string_view text);
 bool EndsWith(std::string_view text, std::string_view suffix);
 bool StartsWith(std::string_view text, std::string_view prefix);
 bool Contains(std::string_view text, std::string_view part);

@@ -125,6 +125,7 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
   ViewsDoc.Reset();
   DefaultsDoc.Reset();
   FilterErrorShown = false;
+  UnwrittenProfiles.clear();
 
   const std::string folder = Host().ViewFilesFolder();
   ViewsPath = InReportMode() ? sViewsFile : folder + "/" + sViewsFile;
@@ -216,6 +217,7 @@ void frmAcctViewEdit::cmdOK_Click() {
     // failure the old file is whole, the user was told, and the editor stays
     // open so nothing is lost.
     if (!filesafety::WriteViewsFile(*this)) return;
+    UnwrittenProfiles.clear();
   }
   Close();
 }

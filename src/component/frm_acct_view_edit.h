@@ -77,6 +77,9 @@ class frmAcctViewEdit : public ui::Form {
   std::int16_t Data1Column = 0, Data2Column = 0;
   bool FilterErrorShown = false;
   bool ProfileChanged = false;
+  // Profiles saved in view mode since the views file was read or written, in
+  // the order first saved: they reach the disk only with OK (Cancel drops them).
+  std::vector<std::string> UnwrittenProfiles;
   std::string DataSetSQL;
   // The views file as loaded, and what this editor did to its profiles since
   // (for the merge at OK when the file changed on disk meanwhile).

@@ -108,6 +108,39 @@ void lstFilters_MouseDown(frmAcctViewEdit& ed, int /*button*/, int /*shift*/, fl
   }
 }
 
+int ValueCellCount(const frmAcctViewEdit& ed, int position) {
+  const ui::ListView& list = ed.lstFilters;
+  if (position < 1 || position > list.ItemCount()) return 0;
+  const std::string input_num = Split(list.Item(position).tag, '|')[0];
+  if (input_num == "1") return 1;
+  if (input_num == "2") return 2;
+  return 0;
+}
+
+TwipsPoint CellCentre(const ui::ListView& list, int position, int col) {
+  return {static_cast<float>(list.ColumnLeft(col) + list.Column(col).width_twips / 2),
+          static_cast<float>(list.ItemTop(position) + list.row_height_twips / 2)};
+}
+
+bool lstFilters_OpenValueCell(frmAcctViewEdit& ed, int position, int which) {
+  ui::ListView& list = ed.lstFilters;
+  if (position < 1 || position > list.ItemCount()) return false;
+  // A row without that value is pressed on its caption: it is selected and
+  // nothing opens.
+  int col = list.ColumnPosition(ColumnKey(which));
+  if (which < 1 || which > ValueCellCount(ed, position) || col == 0) col = 1;
+  const TwipsPoint at = CellCentre(list, position, col);
+  lstFilters_MouseDown(ed, 1, 0, at.x, at.y);
+  return ValueEditor(ed, which).Visible();
+}
+
+bool txtDataLV_Tab(frmAcctViewEdit& ed, int which) {
+  const int row = ed.lstFilters.SelectedItem();
+  if (which != 1 || !ValueEditor(ed, 1).Visible() || ValueCellCount(ed, row) != 2) return false;
+  txtDataLV_LostFocus(ed, 1);
+  return lstFilters_OpenValueCell(ed, row, 2);
+}
+
 void txtDataLV_Change(frmAcctViewEdit& ed, int which) { CopyIntoCell(ed, which); }
 
 void txtDataLV_Click(frmAcctViewEdit& ed, int which) { CopyIntoCell(ed, which); }

@@ -1,5 +1,6 @@
 #include "profiles/profile_saver.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -161,6 +162,11 @@ bool SaveProfile(frmAcctViewEdit& ed, const std::vector<std::string>& also_remov
   }
   // What did not reach the disk is still a change to keep.
   ed.ProfileChanged = !written;
+  // In view mode the views file is written by OK alone.
+  if (!ed.InReportMode() && std::find(ed.UnwrittenProfiles.begin(), ed.UnwrittenProfiles.end(),
+                                      name) == ed.UnwrittenProfiles.end()) {
+    ed.UnwrittenProfiles.push_back(name);
+  }
   return written;
 }
 

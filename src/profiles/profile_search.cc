@@ -27,12 +27,12 @@ int FillSearchResults(frmAcctViewEdit& ed, const std::string& text) {
   folder = tree.FindKey(kSearchFolderKey);
   if (text.empty()) return 0;
 
-  const std::string wanted = ToLower(text);
+  const std::string wanted = FoldCase(text);
   std::vector<ui::NodeId> matches;
   std::unordered_set<std::string> seen;
   for (ui::NodeId id : tree.DisplayOrder()) {
     const ui::TreeNode& node = tree.Node(id);
-    if (!IsProfileNode(node) || !Contains(ToLower(node.text), wanted)) continue;
+    if (!IsProfileNode(node) || !Contains(FoldCase(node.text), wanted)) continue;
     if (seen.insert(node.text).second) matches.push_back(id);
   }
   for (ui::NodeId id : matches) {

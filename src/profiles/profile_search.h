@@ -13,7 +13,8 @@ inline constexpr const char* kSearchFolderKey = "ROOTSearch";
 inline constexpr const char* kSearchKeyPrefix = "SEARCH|";
 
 // Removes the earlier results, then adds under ROOTSearch (key "SEARCH|" +
-// name) every profile whose name contains `text`, letter case ignored, and
+// name) every profile whose name contains `text`, letter case ignored over
+// all of Unicode ("MÜLLER" finds "Müller Weekly"), and
 // expands the folder. An empty text only removes the results. Returns the
 // number of matches; 0 and no change when the tree has no search folder
 // (report mode). The selection stays on the node it was on, unless that node

@@ -251,6 +251,7 @@ Json EditorState(frmAcctViewEdit& ed, const ui::HeadlessPrompter& prompter) {
   state["editorOpen"] = ed.Visible();
   state["ReportMode"] = ed.ReportMode();
   state["ProfileChanged"] = ed.ProfileChanged;
+  state["UnwrittenProfiles"] = ed.UnwrittenProfiles;
   state["ViewsPath"] = ed.ViewsPath;
   state["DefaultsPath"] = ed.DefaultsPath;
   state["SetupPath"] = ed.SetupPath;

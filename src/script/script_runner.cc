@@ -294,6 +294,7 @@ struct ScriptRunner::Impl {
         {"open", &Impl::Open},         {"answer", &Impl::AnswerCmd}, {"input", &Impl::Input},
         {"select", &Impl::Select},     {"click", &Impl::Click},      {"blur", &Impl::Blur},
         {"dblclick", &Impl::DblClick}, {"check", &Impl::Check},      {"cell", &Impl::Cell},
+        {"edit", &Impl::Edit},
         {"type", &Impl::Type},         {"choose", &Impl::Choose},    {"key", &Impl::Key},
         {"set", &Impl::Set},           {"state", &Impl::State},      {"messages", &Impl::Messages},
         {"file", &Impl::File},         {"sql", &Impl::Sql},          {"expect", &Impl::Expect},
@@ -683,11 +684,24 @@ struct ScriptRunner::Impl {
     if (col == 0) throw Bad("lstFilters has no column " + Quoted(column));
     FocusOn(ed, name);  // the press takes the focus from an open value editor
     RequireUsable(list);
-    // The centre of the cell, in twips relative to the list.
-    const float x = static_cast<float>(list.ColumnLeft(col) + list.Column(col).width_twips / 2);
-    const float y = static_cast<float>(list.ItemTop(position) + list.row_height_twips / 2);
+    const TwipsPoint at = CellCentre(list, position, col);
     UserAction(ed, name, "cell " + key + " " + column,
-               [&] { lstFilters_MouseDown(ed, 1, 0, x, y); });
+               [&] { lstFilters_MouseDown(ed, 1, 0, at.x, at.y); });
+  }
+
+  // F2 or Enter on a filter row: its first value cell opens.
+  void Edit(Args& args) {
+    const std::string name = args.Word("CONTROL");
+    const std::string key = args.Word("KEY");
+    args.End();
+    frmAcctViewEdit& ed = OpenEditor();
+    if (name != ed.lstFilters.Name()) throw Bad("edit works on lstFilters only");
+    ui::ListView& list = ed.lstFilters;
+    const int position = ItemByKey(list, key);
+    FocusOn(ed, name);
+    RequireUsable(list);
+    UserAction(ed, name, "edit " + key,
+               [&] { static_cast<void>(lstFilters_OpenValueCell(ed, position, 1)); });
   }
 
   void Type(Args& args) {
@@ -720,14 +734,23 @@ struct ScriptRunner::Impl {
   }
 
   void Key(Args& args) {
-    const std::string word = args.Word("key: Enter or Escape");
+    const std::string word = args.Word("key: Enter, Escape or Tab");
     args.End();
     int code = 0;
     if (word == "Enter") code = kKeyEnter;
     if (word == "Escape") code = kKeyEscape;
-    if (code == 0) throw Bad("unknown key " + Quoted(word) + ": Enter or Escape");
+    if (code == 0 && word != "Tab") {
+      throw Bad("unknown key " + Quoted(word) + ": Enter, Escape or Tab");
+    }
     frmAcctViewEdit& ed = OpenEditor();
     const int which = OpenValueEditor(ed);
+    if (word == "Tab") {
+      // On to the row's second value cell, or the focus leaves the box.
+      Perform("key Tab", [&] {
+        if (!txtDataLV_Tab(ed, which)) txtDataLV_LostFocus(ed, which);
+      });
+      return;
+    }
     // As the keyboard delivers them: the key goes down, then its character.
     Perform("key " + word, [&] {
       txtDataLV_KeyDown(ed, which, code);

@@ -39,5 +39,29 @@ TEST(TextTest, NumbersAreLenient) {
   EXPECT_EQ(RoundedVal("3.5"), 4);
 }
 
+TEST(TextTest, FoldCaseMakesEveryLetterCaseCompareEqual) {
+  const struct {
+    const char* a;
+    const char* b;
+    bool same;
+  } kCases[] = {
+      {"MÜLLER", "müller", true},
+      {"Müller", "MÜLLER", true},
+      {"STRASSE", "Straße", true},           // ß folds to "ss"
+      {"ΣΊΣΥΦΟΣ", "σίσυφος", true},          // final sigma folds as sigma
+      {"ÅNGSTRÖM", "ångström", true},
+      {"İ", "i", false},                      // dotted capital I is not plain i
+      {"Muller", "Müller", false},            // an accent is not a case
+      {"O'Brien & Sons", "o'brien & sons", true},
+      {"", "", true},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::string(c.a) + " / " + c.b);
+    EXPECT_EQ(FoldCase(c.a) == FoldCase(c.b), c.same);
+  }
+  // Text that is not UTF-8 still folds, without reading past its end.
+  EXPECT_EQ(FoldCase(std::string_view("AB\xff", 3)), "ab\xEF\xBF\xBD");
+}
+
 }  // namespace
 }  // namespace cvve

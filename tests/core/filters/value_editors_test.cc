@@ -60,6 +60,55 @@ TEST_F(ValueEditorsTest, EachValueBoxOpensOverItsCellAndGivesItsTextBackOnBlur) 
   EXPECT_FALSE(h->ProfileChanged);
 }
 
+TEST_F(ValueEditorsTest, KeyboardOpensTheBoxTheMouseOpens) {
+  // Rows 1 (one value), 2 (two values), 3 (no value); the box a click on the
+  // first value opens, opened by the keyboard instead.
+  const struct {
+    int row, which, cells;
+    bool opens;
+  } kCases[] = {
+      {1, 1, 1, true}, {1, 2, 1, false}, {2, 1, 2, true},
+      {2, 2, 2, true}, {3, 1, 0, false}, {0, 1, 0, false},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(std::to_string(c.row) + "/" + std::to_string(c.which));
+    EXPECT_EQ(ValueCellCount(*h, c.row), c.cells);
+    EXPECT_EQ(lstFilters_OpenValueCell(*h, c.row, c.which), c.opens);
+    const ui::ComboBox& box = ValueEditor(*h, c.which);
+    EXPECT_EQ(box.Visible() && box.Focused(), c.opens);
+    if (c.row > 0) EXPECT_EQ(h->lstFilters.SelectedItem(), c.row);
+    if (!c.opens) {
+      EXPECT_FALSE(h->txtData1LV.Visible() || h->txtData2LV.Visible());
+      continue;
+    }
+    // Where a click on the same cell puts it.
+    const int left = box.Left(), top = box.Top(), width = box.Width();
+    txtDataLV_LostFocus(*h, c.which);
+    Click(c.which == 1 ? kData1X : kData2X, c.row);
+    EXPECT_EQ(box.Left(), left);
+    EXPECT_EQ(box.Top(), top);
+    EXPECT_EQ(box.Width(), width);
+    txtDataLV_LostFocus(*h, c.which);
+  }
+}
+
+TEST_F(ValueEditorsTest, TabGoesOnToTheSecondValueOnlyFromTheFirstOfTwo) {
+  ASSERT_TRUE(lstFilters_OpenValueCell(*h, 2, 1));
+  h->txtData1LV.SetText("02/02/2020");
+  EXPECT_TRUE(txtDataLV_Tab(*h, 1));
+  EXPECT_EQ(Cell(2, 1), "02/02/2020");
+  EXPECT_FALSE(h->txtData1LV.Visible());
+  EXPECT_TRUE(h->txtData2LV.Visible() && h->txtData2LV.Focused());
+  EXPECT_FALSE(h->lstFilters.Enabled());
+  EXPECT_FALSE(txtDataLV_Tab(*h, 2));  // the second: Tab moves on as usual
+  EXPECT_TRUE(h->txtData2LV.Visible());
+  txtDataLV_LostFocus(*h, 2);
+  ASSERT_TRUE(lstFilters_OpenValueCell(*h, 1, 1));
+  EXPECT_FALSE(txtDataLV_Tab(*h, 1));  // one value only
+  EXPECT_TRUE(h->txtData1LV.Visible());
+  EXPECT_FALSE(h->ProfileChanged);
+}
+
 TEST_F(ValueEditorsTest, CellsThatOpenNothing) {
   // The Data2 cell of a one-value filter hides a second box that shows,
   // and leaves the first as it is.

@@ -172,6 +172,33 @@ TEST(ProfileSaverTest, StoppingMessagesWriteNothingAndKeepTheChangeFlag) {
   }
 }
 
+TEST(ProfileSaverTest, ViewModeSavesAreListedUntilOkWritesThem) {
+  HeadlessEditor h;
+  OpenFileSet(h, "Mine");
+  const std::string on_disk = h.dir.Read("views.xml");
+  EXPECT_TRUE(h->UnwrittenProfiles.empty());
+  for (const char* name : {"Mine", "All Accounts", "Mine"}) {
+    Select(h, name);
+    h->chkTotals.UserClick();
+    h->cmdSaveProfile.Click();
+  }
+  // Each profile once, in the order first saved; nothing on disk yet.
+  EXPECT_EQ(h->UnwrittenProfiles, (Names{"Mine", "All Accounts"}));
+  EXPECT_EQ(h.dir.Read("views.xml"), on_disk);
+  h->cmdOK.Click();
+  EXPECT_NE(h.dir.Read("views.xml"), on_disk);
+  EXPECT_TRUE(h->UnwrittenProfiles.empty());
+
+  // Reading the file set again forgets what Cancel dropped.
+  HeadlessEditor again;
+  OpenFileSet(again, "Mine");
+  again->chkTotals.UserClick();
+  again->cmdSaveProfile.Click();
+  EXPECT_EQ(again->UnwrittenProfiles, Names{"Mine"});
+  again->LoadFiles("views.xml", "defs.xml", "setup.xml");
+  EXPECT_TRUE(again->UnwrittenProfiles.empty());
+}
+
 TEST(ProfileSaverTest, ReportModeWritesTheProfileDocumentAndTheReportFile) {
   // ".cvx" is replaced everywhere and only in that spelling; a path without
   // it is handed on unchanged, so the definition lands on the path itself.
@@ -186,6 +213,7 @@ TEST(ProfileSaverTest, ReportModeWritesTheProfileDocumentAndTheReportFile) {
     HeadlessEditor h;
     OpenSalesReport(h);
     h->chkShowLineCount.UserClick();
+    EXPECT_TRUE(h->UnwrittenProfiles.empty());
     const std::string folder = ReportsFolder(h) + "/";
     h->ViewsPath = folder + c.views_file;
     EXPECT_TRUE(SaveProfile(*h));

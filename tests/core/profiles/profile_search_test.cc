@@ -77,6 +77,33 @@ TEST_F(ProfileSearchTest, AResultCarriesTheKindAndLoadsItsProfile) {
   EXPECT_TRUE(h.prompter.Shown().empty());
 }
 
+TEST(ProfileSearchUnicodeTest, LetterCaseIsIgnoredBeyondAscii) {
+  HeadlessEditor h;
+  h.Open(ViewsFile({{"Müller Weekly", ""}, {"Ölwechsel Kunden", ""}, {"Große Posten", ""},
+                    {"Mullen Lot", ""}}),
+         kDefaults, kSetup);
+  const struct {
+    const char* text;
+    Names want;
+  } kCases[] = {
+      {"MÜLLER", {"Müller Weekly"}},
+      {"müller", {"Müller Weekly"}},
+      {"mül", {"Müller Weekly"}},
+      {"ÖLWECHSEL", {"Ölwechsel Kunden"}},
+      {"GROSSE", {"Große Posten"}},  // ß and SS fold alike
+      {"mull", {"Mullen Lot"}},       // u and ü stay different letters
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.text);
+    FillSearchResults(*h, c.text);
+    Names found;
+    for (ui::NodeId id : h->tvwViews.Children(h->tvwViews.FindKey(kSearchFolderKey))) {
+      found.push_back(h->tvwViews.Node(id).text);
+    }
+    EXPECT_EQ(found, c.want);
+  }
+}
+
 TEST(ProfileSearchReportModeTest, WithoutASearchFolderNothingHappens) {
   HeadlessEditor h;
   OpenReports(h, {{"Aging", ReportDocument("Aging")}});

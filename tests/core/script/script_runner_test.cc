@@ -74,7 +74,7 @@ TEST_F(ScriptRunnerTest, BadLinesFailWithTheirLineNumber) {
        {"check lstFilters 1 maybe\n", "expected on or off, not 'maybe'"},
        {"cell lstFilters 1 Data3\n", "lstFilters has no column 'Data3'"},
        {"type 45\n", "no value editor is open: open one with `cell lstFilters KEY Data1|Data2`"},
-       {"key Tab\n", "unknown key 'Tab': Enter or Escape"},
+       {"key F5\n", "unknown key 'F5': Enter, Escape or Tab"},
        {"set frmVariables 0 caption x\n", "frmVariables is not shown"},
        {"open acct\n", "the editor is open already"},
        {"messages please\n", "messages takes nothing or clear, not 'please'"},
