@@ -43,8 +43,15 @@ struct ColumnBox {
   double x;
   double width;
   Align align;
-  bool numeric;
+  bool total;
+  bool average;
   std::string format;
+};
+
+// A totals or averages row, or the line count.
+struct SummaryRow {
+  QString label;
+  std::vector<QString> figures;  // by column; empty for the count
 };
 
 bool Landscape(const ReportDefinition& def) {
@@ -100,14 +107,18 @@ class Paginator {
     for (const ReportColumn& column : def.columns) {
       const double width = column.width * scale;
       columns_.push_back(
-          {x, width, AlignOf(column.alignment), IsNumericFormat(column.format), column.format});
+          {x, width, AlignOf(column.alignment), column.total, column.average, column.format});
       x += width;
     }
     right_ = x;
+    // The group value stands in the group heading; its column stays, blank.
+    if (def.grouped) group_column_ = def.GroupColumn();
+    variable_lines_ = VariableLines();
     max_lines_ = std::max(1, static_cast<int>((bottom_ - kMargin - 2000) / body_.spacing));
   }
 
   ReportLayout Run() {
+    ChooseSummaryFont();
     NewPage();
     if (data_.RowCount() == 0) {
       Text(kMargin + kPadding, y_ + body_.ascent, FontRole::kBody,
@@ -127,7 +138,7 @@ class Paginator {
       }
       if (def_.grouped) Summary(group.totals, false);
     }
-    Summary(data_.totals, def_.grouped);
+    Summary(data_.totals, true);
     PageNumbers();
     return std::move(layout_);
   }
@@ -212,7 +223,12 @@ class Paginator {
         QStringLiteral("Run ") + QLocale(QLocale::English, QLocale::UnitedStates)
                                      .toString(data_.run_at, QStringLiteral("MM/dd/yyyy h:mm AP"));
     Text(kMargin, y + header_.ascent, FontRole::kHeader, run);
-    y += header_.spacing + 40;
+    y += header_.spacing;
+    for (const QString& line : variable_lines_) {
+      Text(kMargin, y + header_.ascent, FontRole::kHeader, line);
+      y += header_.spacing;
+    }
+    y += 40;
     Line(kMargin, y, layout_.width - kMargin, y, 20);
     y += 80;
     // Column headers, on two lines where a title needs them.
@@ -250,7 +266,10 @@ class Paginator {
     if (def_.multi_line) {
       wrapped.resize(columns_.size());
       for (std::size_t c = 0; c < columns_.size(); ++c) {
-        if (cells[c].isEmpty() || body_.Fits(cells[c], columns_[c].width - 2 * kPadding)) continue;
+        if (GroupColumn(c) || cells[c].isEmpty() ||
+            body_.Fits(cells[c], columns_[c].width - 2 * kPadding)) {
+          continue;
+        }
         wrapped[c] = Wrap(body_, cells[c], columns_[c].width - 2 * kPadding);
         if (wrapped[c].size() > max_lines_) {
           wrapped[c] = wrapped[c].mid(0, max_lines_);
@@ -266,6 +285,7 @@ class Paginator {
       if (def_.grouped) GroupHeading(group, true);
     }
     for (std::size_t c = 0; c < columns_.size(); ++c) {
+      if (GroupColumn(c)) continue;
       if (!wrapped.empty() && !wrapped[c].isEmpty()) {
         for (int l = 0; l < wrapped[c].size(); ++l) {
           Cell(columns_[c], y_ + l * body_.spacing, body_, FontRole::kBody, wrapped[c][l]);
@@ -277,74 +297,115 @@ class Paginator {
     y_ += height;
   }
 
-  // Totals, averages and the line count of a group or of the report. The
-  // figures take one font, the first in which every one of them fits its
-  // column: bold, then the body's regular weight, then the small font. A
-  // figure too wide even then reaches into its neighbour's room rather than
-  // being cut.
-  void Summary(const Aggregate& totals, bool grand) {
-    struct SummaryRow {
-      QString label;
-      std::vector<QString> figures;  // by column; empty for the count
-    };
-    std::vector<SummaryRow> rows;
-    bool any_numeric = false;
-    for (const ColumnBox& column : columns_) any_numeric = any_numeric || column.numeric;
-    const QString prefix = grand ? QStringLiteral("Grand ") : QString();
-    if (def_.totals && any_numeric) {
-      rows.push_back({prefix + QStringLiteral("Total"), Figures(totals, false)});
+  bool GroupColumn(std::size_t c) const { return static_cast<int>(c) == group_column_; }
+
+  // "Start Date: 01/01/2026   End Date: 01/31/2026": each variable's caption
+  // and value, as many to a line as the page is wide.
+  QStringList VariableLines() const {
+    QStringList lines;
+    const double available = layout_.width - 2 * kMargin;
+    const QString gap = QStringLiteral("     ");
+    for (const ReportData::Variable& variable : data_.variables) {
+      QString caption = variable.caption.trimmed();
+      if (!caption.isEmpty() && !caption.endsWith(QLatin1Char(':'))) caption += QLatin1Char(':');
+      const QString entry =
+          caption + QLatin1Char(' ') +
+          (variable.value.isEmpty() ? QStringLiteral("(none)") : variable.value);
+      if (!lines.isEmpty() && header_.Fits(lines.last() + gap + entry, available)) {
+        lines.last() += gap + entry;
+      } else {
+        lines << header_.shaper.Elided(entry, available);
+      }
     }
-    if (def_.averages && any_numeric) {
+    return lines;
+  }
+
+  // The summary rows of a group (or, `grand`, of the report) as printed.
+  std::vector<SummaryRow> SummaryRows(const Aggregate& totals, bool grand) const {
+    std::vector<SummaryRow> rows;
+    const QString prefix = grand && def_.grouped ? QStringLiteral("Grand ") : QString();
+    if (def_.TotalsRow()) rows.push_back({prefix + QStringLiteral("Total"), Figures(totals, false)});
+    if (def_.AveragesRow()) {
       rows.push_back({prefix + QStringLiteral("Average"), Figures(totals, true)});
     }
     if (def_.line_count) {
       rows.push_back({prefix + QStringLiteral("Count: ") + QString::number(totals.rows), {}});
     }
-    if (rows.empty()) return;
+    return rows;
+  }
 
-    const auto all_fit = [&](const Metrics& m) {
-      for (const SummaryRow& row : rows) {
+  // The figures of every summary of the report take one font, so that no
+  // level prints smaller than the one below it: the first in which every
+  // figure of every level fits its column, bold, then the body's regular
+  // weight, then the small font. A figure too wide even then reaches into
+  // its neighbour's room rather than being cut.
+  void ChooseSummaryFont() {
+    bool fits[2] = {true, true};  // summary_, body_
+    const auto check = [&](const Aggregate& totals, bool grand) {
+      for (const SummaryRow& row : SummaryRows(totals, grand)) {
         for (std::size_t c = 0; c < row.figures.size(); ++c) {
-          if (!m.Fits(row.figures[c], columns_[c].width - 2 * kPadding)) return false;
+          const double available = columns_[c].width - 2 * kPadding;
+          if (row.figures[c].isEmpty()) continue;
+          fits[0] = fits[0] && summary_.Fits(row.figures[c], available);
+          fits[1] = fits[1] && body_.Fits(row.figures[c], available);
         }
       }
-      return true;
     };
-    const Metrics* m = &summary_small_;
-    FontRole role = FontRole::kSummarySmall;
-    if (all_fit(summary_)) {
-      m = &summary_;
-      role = FontRole::kSummary;
-    } else if (all_fit(body_)) {
-      m = &body_;
-      role = FontRole::kBody;
+    if (def_.grouped) {
+      for (const ReportGroup& group : data_.groups) check(group.totals, false);
     }
+    check(data_.totals, true);
+    if (fits[0]) {
+      figures_ = &summary_;
+      figures_role_ = FontRole::kSummary;
+    } else if (fits[1]) {
+      figures_ = &body_;
+      figures_role_ = FontRole::kBody;
+    } else {
+      figures_ = &summary_small_;
+      figures_role_ = FontRole::kSummarySmall;
+    }
+  }
 
-    const double height = 60 + rows.size() * summary_.spacing;
+  // Totals, averages and the line count of a group or of the report. The
+  // report's own stand apart from its last group's: a line's room above
+  // them and a double rule.
+  void Summary(const Aggregate& totals, bool grand) {
+    const std::vector<SummaryRow> rows = SummaryRows(totals, grand);
+    if (rows.empty()) return;
+    const bool apart = grand && def_.grouped;
+    const double rule = apart ? body_.spacing + 90 : 60;
+    const double height = rule + rows.size() * summary_.spacing;
     if (y_ + height > bottom_) NewPage();
+    if (apart) y_ += body_.spacing;
     y_ += 30;
     Line(kMargin, y_, right_, y_, 10);
+    if (apart) {
+      y_ += 30;
+      Line(kMargin, y_, right_, y_, 10);
+    }
     y_ += 30;
+    const Metrics& m = *figures_;
     for (const SummaryRow& row : rows) {
       Text(kMargin + kPadding, y_ + summary_.ascent, FontRole::kSummary, row.label);
       for (std::size_t c = 0; c < row.figures.size(); ++c) {
         // The first column carries the label, so its figure sits right.
         ColumnBox box = columns_[c];
         if (c == 0) box.align = Align::kRight;
-        Cell(box, y_ + summary_.ascent - m->ascent, *m, role, row.figures[c], true);
+        Cell(box, y_ + summary_.ascent - m.ascent, m, figures_role_, row.figures[c], true);
       }
       y_ += summary_.spacing;
     }
     y_ += body_.spacing / 2;
   }
 
-  // The totals or the averages of the numeric columns, as printed; empty
-  // texts for the other columns.
+  // The totals or the averages of the columns that have them, as printed;
+  // empty texts for the other columns.
   std::vector<QString> Figures(const Aggregate& totals, bool averages) const {
     std::vector<QString> figures(columns_.size());
     for (std::size_t c = 0; c < columns_.size(); ++c) {
       const ColumnBox& column = columns_[c];
-      if (!column.numeric || c >= totals.sum.size()) continue;
+      if (!(averages ? column.average : column.total) || c >= totals.sum.size()) continue;
       const double sum = static_cast<double>(totals.sum[c]);
       if (!averages) {
         figures[c] = FormatTotal(sum, column.format);
@@ -380,6 +441,10 @@ class Paginator {
   double title_baseline_ = 0;
   int max_lines_ = 1;
   long long rows_done_ = 0;
+  int group_column_ = -1;
+  QStringList variable_lines_;
+  const Metrics* figures_ = nullptr;  // the summaries' figures' font
+  FontRole figures_role_ = FontRole::kSummary;
 };
 
 }  // namespace

@@ -91,6 +91,7 @@ class WindowViewer : public ReportViewer {
     const auto* laid_out = dynamic_cast<const LaidOutResult*>(result_.get());
     if (laid_out == nullptr) return;
     ReportViewerWindow window(laid_out->Layout(), parent_.data());
+    window.SetRows(&laid_out->Definition(), &laid_out->Data());
     window.exec();
   }
 

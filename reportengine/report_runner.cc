@@ -35,7 +35,7 @@ class Runner {
     }
     int source = 0;
     for (const ReportColumn& column : def.columns) {
-      ColumnPlan plan{KindOf(column.format), IsNumericFormat(column.format), column.Computed(),
+      ColumnPlan plan{KindOf(column.format), column.total || column.average, column.Computed(),
                       ToUpper(column.field) == "$LINE"};
       if (!plan.computed) plan.source = source++;
       plans_.push_back(plan);
@@ -145,6 +145,12 @@ class Runner {
 
   ReportData Run() {
     data_.run_at = QDateTime::currentDateTime();
+    for (const ReportVariable& variable : def_.variables) {
+      const auto it = values_.find(VariableKey(variable.name));
+      const QString value = it == values_.end() ? QString() : QString::fromStdString(it->second);
+      data_.variables.push_back({QString::fromStdString(variable.caption),
+                                 FormatCell(QVariant(value), KindOf(variable.type))});
+    }
     data_.totals.sum.assign(plans_.size(), 0);
     data_.totals.count.assign(plans_.size(), 0);
     if (!def_.grouped) {

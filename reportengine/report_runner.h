@@ -25,7 +25,7 @@ class BadVariable : public Error {
   using Error::Error;
 };
 
-// Sums of the numeric columns of a set of rows.
+// Sums of the totalled and averaged columns of a set of rows.
 struct Aggregate {
   std::vector<long double> sum;  // per column
   std::vector<long long> count;  // numeric values seen per column
@@ -47,6 +47,13 @@ struct ReportData {
   Aggregate totals;                 // the whole report
   QDateTime run_at;
   std::vector<std::string> warnings;  // variables without a value, ...
+  // The report's variables as they were run: caption and value in the
+  // variable's type's format ("" for none), in definition order.
+  struct Variable {
+    QString caption;
+    QString value;
+  };
+  std::vector<Variable> variables;
 
   long long RowCount() const { return totals.rows; }
 };

@@ -21,7 +21,10 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
+#include "reportengine/export/csv_writer.h"
+#include "reportengine/export/xlsx_writer.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/page_search.h"
 
@@ -131,8 +134,9 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   bar->addStretch();
   button(QStringLiteral("Print..."), QStringLiteral("Print the report (Ctrl+P)"),
          &ReportViewerWindow::Print);
-  button(QStringLiteral("Save as PDF..."), QStringLiteral("Save the report as a PDF file"),
-         &ReportViewerWindow::SaveAsPdfDialog);
+  button(QStringLiteral("Save as..."),
+         QStringLiteral("Save the report as a PDF file, an Excel workbook or CSV"),
+         &ReportViewerWindow::SaveAsDialog);
   button(QStringLiteral("Close"), QStringLiteral("Close the viewer"), &QDialog::accept);
 
   canvas_ = new QLabel(this);
@@ -290,16 +294,59 @@ bool ReportViewerWindow::SaveAsPdf(const QString& path) {
   }
 }
 
-void ReportViewerWindow::SaveAsPdfDialog() {
+void ReportViewerWindow::SetRows(const ReportDefinition* definition, const ReportData* rows) {
+  def_ = definition;
+  data_ = rows;
+}
+
+bool ReportViewerWindow::SaveAs(const QString& path) {
+  const bool rows = def_ != nullptr && data_ != nullptr;
+  const bool xlsx = rows && path.endsWith(QStringLiteral(".xlsx"), Qt::CaseInsensitive);
+  const bool csv = rows && path.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive);
+  if (!xlsx && !csv) return SaveAsPdf(path);
+  try {
+    if (xlsx) {
+      WriteXlsxFile(*def_, *data_, path.toStdString());
+    } else {
+      WriteCsvFile(*def_, *data_, path.toStdString());
+    }
+    return true;
+  } catch (const std::exception& e) {
+    QMessageBox::critical(this, QStringLiteral("Save as"), QString::fromStdString(e.what()));
+    return false;
+  }
+}
+
+void ReportViewerWindow::SaveAsDialog() {
   QString name = layout_->title.isEmpty() ? QStringLiteral("report") : layout_->title;
   name.replace(QLatin1Char('/'), QLatin1Char('-'));
-  const QString path = QFileDialog::getSaveFileName(this, QStringLiteral("Save as PDF"),
-                                                    name + QStringLiteral(".pdf"),
-                                                    QStringLiteral("PDF files (*.pdf)"));
+  struct Type {
+    QString filter, suffix;
+  };
+  std::vector<Type> types = {{QStringLiteral("PDF files (*.pdf)"), QStringLiteral(".pdf")}};
+  if (def_ != nullptr && data_ != nullptr) {
+    types.push_back({QStringLiteral("Excel workbooks (*.xlsx)"), QStringLiteral(".xlsx")});
+    types.push_back({QStringLiteral("CSV files (*.csv)"), QStringLiteral(".csv")});
+  }
+  QStringList filters;
+  for (const Type& type : types) filters << type.filter;
+  QString chosen;
+  const QString path =
+      QFileDialog::getSaveFileName(this, QStringLiteral("Save as"), name + types[0].suffix,
+                                   filters.join(QStringLiteral(";;")), &chosen);
   if (path.isEmpty()) return;
-  SaveAsPdf(path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)
-                ? path
-                : path + QStringLiteral(".pdf"));
+  // The chosen type's suffix unless the name already ends in one of them.
+  QString suffix = types[0].suffix;
+  for (const Type& type : types) {
+    if (type.filter == chosen) suffix = type.suffix;
+  }
+  for (const Type& type : types) {
+    if (path.endsWith(type.suffix, Qt::CaseInsensitive)) {
+      SaveAs(path);
+      return;
+    }
+  }
+  SaveAs(path + suffix);
 }
 
 void ReportViewerWindow::keyPressEvent(QKeyEvent* event) {

@@ -1,7 +1,7 @@
 #pragma once
 // The report viewer: one page at a time, zoom in and out or to the window,
-// page navigation, find text, Print (through the print dialog) and "Save as
-// PDF".
+// page navigation, find text, Print (through the print dialog) and "Save as"
+// PDF, or, given the report's rows, an Excel workbook or CSV.
 #include <QDialog>
 #include <memory>
 
@@ -33,9 +33,16 @@ class ReportViewerWindow : public QDialog {
   // The page as the window shows it now.
   const QImage& ShownImage() const { return image_; }
 
+  // The report's definition and rows, for saving it as a spreadsheet; both
+  // must outlive the window.
+  void SetRows(const ReportDefinition* definition, const ReportData* rows);
+
   // Writes the report as PDF without asking; false (with a message box)
   // when it fails or is cancelled.
   bool SaveAsPdf(const QString& path);
+  // The same by the file's suffix: .xlsx an Excel workbook, .csv CSV (both
+  // only with the rows), anything else PDF.
+  bool SaveAs(const QString& path);
 
  public slots:
   void ShowPage(int index);  // clamped to the pages
@@ -51,7 +58,7 @@ class ReportViewerWindow : public QDialog {
   void Print();            // the print dialog, then the chosen pages
   void FocusFind();        // to the find box, its text selected
   void FindNext();         // the next page with the find box's text
-  void SaveAsPdfDialog();  // asks for the file
+  void SaveAsDialog();     // asks for the file and its type
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -64,6 +71,8 @@ class ReportViewerWindow : public QDialog {
   double FitZoom(Fit fit) const;
 
   std::shared_ptr<const ReportLayout> layout_;
+  const ReportDefinition* def_ = nullptr;
+  const ReportData* data_ = nullptr;
   int page_ = 0;
   double zoom_ = 1.0;
   Fit fit_ = Fit::kNone;

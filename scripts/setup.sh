@@ -8,7 +8,7 @@ packages=(
   libpugixml-dev libcli11-dev nlohmann-json3-dev libicu-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev
-  libharfbuzz-dev zlib1g-dev fonts-dejavu-core
+  libharfbuzz-dev zlib1g-dev fonts-dejavu-core libxlsxwriter-dev unzip
   sqlite3 libsqlite3-dev libpq-dev
   xvfb xauth poppler-utils
   librsvg2-bin desktop-file-utils appstream man-db groff-base lintian dpkg-dev file

@@ -1,5 +1,5 @@
 // viewedit report: runs a custom report (.cvr) on a database and writes it
-// as PDF or CSV without a screen, or shows it in the viewer; without a file
+// as PDF, CSV or an Excel workbook without a screen, or shows it in the viewer; without a file
 // it opens the editor in report mode. demo-db lives in cmd_demo_db.cc.
 #include <unistd.h>
 
@@ -17,7 +17,8 @@
 #include <QApplication>
 #include <QGuiApplication>
 
-#include "reportengine/csv_writer.h"
+#include "reportengine/export/csv_writer.h"
+#include "reportengine/export/xlsx_writer.h"
 #include "reportengine/guard/guarded_connection.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
@@ -42,6 +43,8 @@ struct ReportArguments {
   std::vector<std::string> sets;
   std::string pdf;
   std::string csv;
+  std::string xlsx;
+  bool csv_display = false;
   bool progress = false;
 };
 
@@ -80,10 +83,10 @@ re::ProgressFunction StderrProgress() {
 }
 
 int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
-  const bool to_files = !args.pdf.empty() || !args.csv.empty();
+  const bool to_files = !args.pdf.empty() || !args.csv.empty() || !args.xlsx.empty();
   if (!to_files && !HasDisplay()) {
     Fail(kReportError,
-         "there is no display to show the report on; write it with --pdf OUT or --csv OUT "
+         "there is no display to show the report on; write it with --pdf, --csv or --xlsx OUT "
          "(or run under xvfb-run)");
   }
   std::map<std::string, std::string> values;
@@ -95,7 +98,7 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     values[re::VariableKey(set.substr(0, equals))] = set.substr(equals + 1);
   }
 
-  // PDF and CSV need no screen: the offscreen platform has the fonts.
+  // Files need no screen: the offscreen platform has the fonts.
   static int argc = 1;
   static char name[] = "viewedit";
   static char* argv[] = {name, nullptr};
@@ -145,7 +148,11 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     }
     if (!args.pdf.empty())
       re::WritePdf(*layout, QString::fromStdString(args.pdf), settings.progress);
-    if (!args.csv.empty()) re::WriteCsvFile(def, data, args.csv);
+    if (!args.csv.empty()) {
+      re::WriteCsvFile(def, data, args.csv,
+                       args.csv_display ? re::CsvForm::kDisplay : re::CsvForm::kValues);
+    }
+    if (!args.xlsx.empty()) re::WriteXlsxFile(def, data, args.xlsx);
     if (show_progress) std::cerr << "\r";
     std::cerr << "viewedit report: " << data.RowCount() << " rows";
     if (layout) {
@@ -153,9 +160,11 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     }
     if (!args.pdf.empty()) std::cerr << " -> " << args.pdf;
     if (!args.csv.empty()) std::cerr << " -> " << args.csv;
+    if (!args.xlsx.empty()) std::cerr << " -> " << args.xlsx;
     std::cerr << "\n";
     if (!to_files) {
       re::ReportViewerWindow window(layout);
+      window.SetRows(&def, &data);
       window.exec();
     }
   } catch (const CLI::RuntimeError&) {
@@ -181,7 +190,8 @@ void RegisterReportCommands(CLI::App& app, HostOptions& options) {
   auto args = std::make_shared<ReportArguments>();
   CLI::App* command = app.add_subcommand(
       "report",
-      "Run a custom report (.cvr) and write it as PDF (--pdf) or CSV (--csv), or show it in "
+      "Run a custom report (.cvr) and write it as PDF (--pdf), CSV (--csv) or an Excel workbook "
+      "(--xlsx), or show it in "
       "the report viewer. Without FILE, open the editor in report mode. Exit codes: 0 done, "
       "1 report error, 2 usage or a variable's value unfit for its type, 3 a statement "
       "refused (reports only read), 4 the time or row limit reached.");
@@ -191,16 +201,27 @@ void RegisterReportCommands(CLI::App& app, HostOptions& options) {
                       "A report variable: NAME=VALUE (NAME with or without its $); repeatable");
   AddReportDatabaseOptions(*command, options);
   command->add_option("--pdf", args->pdf, "Write the report as PDF to this file");
-  command->add_option("--csv", args->csv, "Write the report's rows as CSV to this file");
+  command->add_option("--csv", args->csv,
+                      "Write the report's rows as CSV to this file: UTF-8 with a byte-order mark, "
+                      "plain numbers, ISO dates, totals rows marked in the first column");
+  command->add_flag("--csv-display", args->csv_display,
+                    "Write the CSV as the report shows its values (the old form: no byte-order "
+                    "mark, no totals rows)");
+  command->add_option("--xlsx", args->xlsx,
+                      "Write the report's rows as an Excel workbook (.xlsx) to this file");
   command->add_flag("--progress", args->progress,
                     "Show progress on stderr even when it is not a terminal");
   command->callback([args, &options] {
-    if (!args->pdf.empty() && !args->csv.empty()) {
-      Fail(kUsageError, "give either --pdf or --csv, not both");
+    const int outputs = static_cast<int>(!args->pdf.empty()) +
+                        static_cast<int>(!args->csv.empty()) +
+                        static_cast<int>(!args->xlsx.empty());
+    if (outputs > 1) {
+      Fail(kUsageError, "give only one of --pdf, --csv and --xlsx");
     }
+    if (args->csv_display && args->csv.empty()) Fail(kUsageError, "--csv-display needs --csv");
     if (args->file.empty()) {
-      if (!args->pdf.empty() || !args->csv.empty() || !args->sets.empty()) {
-        Fail(kUsageError, "--pdf, --csv and --set need a report FILE");
+      if (!args->pdf.empty() || !args->csv.empty() || !args->xlsx.empty() || !args->sets.empty()) {
+        Fail(kUsageError, "--pdf, --csv, --xlsx and --set need a report FILE");
       }
       const int code = OpenEditor(EntryMethod::kReport, {}, options);
       if (code != 0) throw CLI::RuntimeError(code);

@@ -51,10 +51,12 @@ class Reader {
     return NodeText(parent.child(name));
   }
 
-  bool Flag(pugi::xml_node parent, const char* name) const {
+  // `fallback` when the element is absent or empty.
+  bool Flag(pugi::xml_node parent, const char* name, bool fallback = false) const {
     const pugi::xml_node node = parent.child(name);
     const std::string text = NodeText(node);
-    if (text.empty() || text == "0") return false;
+    if (text.empty()) return fallback;
+    if (text == "0") return false;
     if (text == "1") return true;
     Fail(node, std::string(name) + " is '" + text + "', not 1 or 0");
   }
@@ -79,9 +81,23 @@ class Reader {
 
 }  // namespace
 
-bool IsNumericFormat(std::string_view format) {
-  const std::string lower = ToLower(format);
-  return lower == "currency" || lower == "number" || lower == "integer";
+bool ReportDefinition::TotalsRow() const {
+  return totals && std::any_of(columns.begin(), columns.end(),
+                               [](const ReportColumn& c) { return c.total; });
+}
+
+bool ReportDefinition::AveragesRow() const {
+  return averages && std::any_of(columns.begin(), columns.end(),
+                                 [](const ReportColumn& c) { return c.average; });
+}
+
+int ReportDefinition::GroupColumn() const {
+  if (!grouped || group_report_field.empty()) return -1;
+  const std::string key = ToUpper(group_report_field);
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    if (ToUpper(columns[c].report_field) == key) return static_cast<int>(c);
+  }
+  return -1;
 }
 
 ReportDefinition ParseReportDefinition(std::string_view xml, const std::string& source) {
@@ -128,6 +144,9 @@ ReportDefinition ParseReportDefinition(std::string_view xml, const std::string& 
     c.width = reader.Number(column, "Width", 0, 1000000, 1440, "a width in twips");
     if (c.width == 0) c.width = 1440;
     if (c.alignment.empty()) c.alignment = IsNumericFormat(c.format) ? "Right" : "Left";
+    // Definitions written before these elements take the setup's rule.
+    c.total = reader.Flag(column, "Total", TotalledByFormat(c.format));
+    c.average = reader.Flag(column, "Average", AveragedByFormat(c.format));
     def.columns.push_back(std::move(c));
   }
   if (def.columns.empty()) reader.Fail(root, "the report has no Columns/Column");

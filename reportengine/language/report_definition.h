@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "reports/summary_rule.h"
+
 namespace cvve::reportengine {
 
 struct ReportColumn {
@@ -14,6 +16,10 @@ struct ReportColumn {
   std::string alignment;     // "Left", "Right", "Center"
   std::string format;        // the setup file's FieldFormat
   int width = 1440;          // twips
+  // Summed in a totals row, shown in an averages row (the report's Totals
+  // and Averages say whether those rows are printed at all).
+  bool total = false;
+  bool average = false;
 
   bool Computed() const { return !field.empty() && field[0] == '$'; }
 };
@@ -47,6 +53,14 @@ struct ReportDefinition {
   PageSize page_size = PageSize::kLetter;
   PageOrientation orientation = PageOrientation::kPortrait;
   bool multi_line = false;
+
+  // A totals (averages) row is printed when the report asks for one and
+  // some column is summed (averaged).
+  bool TotalsRow() const;
+  bool AveragesRow() const;
+  // The column that shows the group value (its report field is the group's),
+  // -1 for none and in an ungrouped report.
+  int GroupColumn() const;
 };
 
 // Throws cvve::Error naming the file (and the line and column, for a file
@@ -56,7 +70,6 @@ ReportDefinition LoadReportDefinition(const std::string& path);
 // The same on text in memory; `source` names it in messages.
 ReportDefinition ParseReportDefinition(std::string_view xml, const std::string& source);
 
-// Numeric formats get totals and averages.
-bool IsNumericFormat(std::string_view format);
+using cvve::IsNumericFormat;
 
 }  // namespace cvve::reportengine

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
 #include "query/sql_builder.h"
+#include "reports/summary_rule.h"
 #include "ui/prompter.h"
 #include "viewfiles/document_cursor.h"
 #include "viewfiles/setup_file.h"
@@ -136,8 +137,11 @@ bool BuildReportFile(frmAcctViewEdit& ed, DocumentCursor& report) {
       Add(column, "Field", field);
       Add(column, "ReportField", QualifyReportField(field));
       Add(column, "Alignment", ColumnAttribute(ed, title, "Alignment"));
-      Add(column, "Format", ColumnFieldFormat(ed, title));
+      const std::string format = ColumnFieldFormat(ed, title);
+      Add(column, "Format", format);
       Add(column, "Width", Twips(ColumnAttribute(ed, title, "Width")));
+      Add(column, "Total", TotalledByFormat(format) ? "1" : "0");
+      Add(column, "Average", AveragedByFormat(format) ? "1" : "0");
     }
 
     XmlNode variables = root.append_child("Variables");

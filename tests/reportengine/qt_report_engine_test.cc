@@ -138,6 +138,24 @@ TEST(ReportViewerTest, NavigatesZoomsAndSaves) {
   const std::string pdf = folder.Path("saved.pdf");
   EXPECT_TRUE(window.SaveAsPdf(QString::fromStdString(pdf)));
   EXPECT_GT(QFile(QString::fromStdString(pdf)).size(), 1000);
+
+  // Save as by the file's type: a spreadsheet only once the window has the
+  // report's rows; before that every name is written as PDF.
+  const auto& laid_out = dynamic_cast<const LaidOutResult&>(*result);
+  const auto starts = [](const std::string& path) {
+    QFile file(QString::fromStdString(path));
+    return file.open(QIODevice::ReadOnly) ? file.read(4) : QByteArray();
+  };
+  const std::string early = folder.Path("early.xlsx");
+  EXPECT_TRUE(window.SaveAs(QString::fromStdString(early)));
+  EXPECT_EQ(starts(early), QByteArray("%PDF"));
+  window.SetRows(&laid_out.Definition(), &laid_out.Data());
+  const std::string book = folder.Path("saved.XLSX");
+  const std::string csv = folder.Path("saved.csv");
+  EXPECT_TRUE(window.SaveAs(QString::fromStdString(book)));
+  EXPECT_TRUE(window.SaveAs(QString::fromStdString(csv)));
+  EXPECT_EQ(starts(book), QByteArray("PK\x03\x04"));  // a zip
+  EXPECT_EQ(starts(csv), QByteArray("\xEF\xBB\xBFS"));  // the mark, then "Summary"
 }
 
 // The command line, run as a user would.
@@ -156,6 +174,7 @@ TEST_F(ViewEditCommandTest, ReportOutputsAndExitCodes) {
   const std::string db = " --database '" + SmallDatabase() + "'";
   const std::string csv = folder_.Path("out.csv");
   const std::string pdf = folder_.Path("out.pdf");
+  const std::string xlsx = folder_.Path("out.xlsx");
   const std::string rows = SqlValue(SmallDatabase(),
                                     "SELECT COUNT(*) FROM ACCT_HISTORY WHERE TransDate BETWEEN "
                                     "'2026-03-01' AND '2026-03-16'");
@@ -176,9 +195,18 @@ TEST_F(ViewEditCommandTest, ReportOutputsAndExitCodes) {
        "\rRunning the statement: 0"},
       {"report '" + cvr + "'" + db + " --set NOEQUALS --pdf x.pdf", 2,
        "viewedit report: --set 'NOEQUALS' is not NAME=VALUE"},
+      {"report '" + cvr + "'" + db + " --set START_DATE=03/01/2026 --xlsx '" + xlsx + "'", 0,
+       " rows -> " + xlsx},
       {"report '" + cvr + "'" + db + " --pdf a.pdf --csv b.csv", 2,
-       "viewedit report: give either --pdf or --csv, not both"},
-      {"report --pdf a.pdf", 2, "viewedit report: --pdf, --csv and --set need a report FILE"},
+       "viewedit report: give only one of --pdf, --csv and --xlsx"},
+      {"report '" + cvr + "'" + db + " --csv b.csv --xlsx b.xlsx", 2,
+       "viewedit report: give only one of --pdf, --csv and --xlsx"},
+      {"report '" + cvr + "'" + db + " --csv-display --pdf a.pdf", 2,
+       "viewedit report: --csv-display needs --csv"},
+      {"report --pdf a.pdf", 2,
+       "viewedit report: --pdf, --csv, --xlsx and --set need a report FILE"},
+      {"report --xlsx a.xlsx", 2,
+       "viewedit report: --pdf, --csv, --xlsx and --set need a report FILE"},
       {"report '" + folder_.Path("missing.cvr") + "'" + db + " --pdf x.pdf", 1,
        "missing.cvr: the report definition cannot be opened: there is no such file"},
       {"report '" + folder_.Write("broken.cvr", "<CustomReport>\n<Name>") + "'" + db +
@@ -197,7 +225,12 @@ TEST_F(ViewEditCommandTest, ReportOutputsAndExitCodes) {
   }
   QFile file(QString::fromStdString(csv));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-  EXPECT_EQ(file.readAll().count('\n'), std::stoi(rows) + 1);
+  // A byte-order mark, the header, the rows and the totals row.
+  const QByteArray written = file.readAll();
+  EXPECT_TRUE(written.startsWith("\xEF\xBB\xBFSummary,Receipt,Date,Amount\r\n"));
+  EXPECT_EQ(written.count('\n'), std::stoi(rows) + 2);
+  EXPECT_TRUE(written.contains("\r\nTotal,,,"));
+  EXPECT_GT(QFile(QString::fromStdString(xlsx)).size(), 1000);
   EXPECT_GT(QFile(QString::fromStdString(pdf)).size(), 1000);
 }
 

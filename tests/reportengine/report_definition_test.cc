@@ -41,6 +41,65 @@ TEST(ReportDefinitionTest, MissingElementsTakeDefaults) {
   EXPECT_EQ(def.orientation, PageOrientation::kPortrait);
 }
 
+// Which columns are summed and averaged: the file's Total and Average, else
+// the rule of the column's format (money summed, every number averaged).
+TEST(ReportDefinitionTest, ColumnSummariesFollowTheFileElseTheFormat) {
+  const struct {
+    std::string format, total, average;  // "" leaves the element out
+    bool summed, averaged;
+  } cases[] = {
+      {"Currency", "", "", true, true},   {"currency", "", "", true, true},
+      {"Number", "", "", false, true},    {"Integer", "", "", false, true},
+      {"Date", "", "", false, false},     {"String", "", "", false, false},
+      {"", "", "", false, false},         {"Integer", "1", "0", true, false},
+      {"Currency", "0", "", false, true}, {"String", "1", "1", true, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.format + "/" + c.total + "/" + c.average);
+    CvrShape shape;
+    shape.statement = R"("CQ:SELECT 1")";
+    shape.columns = {{"A", "T.A", c.format, "Left", 1440, c.total, c.average}};
+    const ReportDefinition def = ParseReportDefinition(CvrXml(shape), "r.cvr");
+    EXPECT_EQ(def.columns[0].total, c.summed);
+    EXPECT_EQ(def.columns[0].average, c.averaged);
+    shape.totals = shape.averages = true;
+    const ReportDefinition asked = ParseReportDefinition(CvrXml(shape), "r.cvr");
+    EXPECT_EQ(asked.TotalsRow(), c.summed);
+    EXPECT_EQ(asked.AveragesRow(), c.averaged);
+    EXPECT_FALSE(def.TotalsRow());  // the report does not ask for the rows
+  }
+  CvrShape bad;
+  bad.statement = R"("CQ:SELECT 1")";
+  bad.columns = {{"A", "T.A", "Currency", "Left", 1440, "yes"}};
+  try {
+    ParseReportDefinition(CvrXml(bad), "r.cvr");
+    ADD_FAILURE() << "a Total of 'yes' was taken";
+  } catch (const Error& e) {
+    EXPECT_NE(std::string(e.what()).find("Total is 'yes', not 1 or 0"), std::string::npos)
+        << e.what();
+  }
+}
+
+// The column that shows a grouped report's value, by its report field.
+TEST(ReportDefinitionTest, GroupColumnIsTheOneShowingTheGroupValue) {
+  const struct {
+    bool grouped;
+    std::string group_report_field;
+    int expected;
+  } cases[] = {{true, "INV_INFO.B", 1}, {true, "inv_info.b", 1}, {true, "INV_INFO.Z", -1},
+               {false, "INV_INFO.B", -1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.group_report_field);
+    CvrShape shape;
+    shape.statement = R"("CQ:SELECT 1")";
+    shape.grouped = c.grouped;
+    shape.group_report_field = c.group_report_field;
+    shape.group_statement = R"("CQ:SELECT 1")";
+    shape.columns = {{"A", "T.A", "String"}, {"B", "T.B", "String"}};
+    EXPECT_EQ(ParseReportDefinition(CvrXml(shape), "r.cvr").GroupColumn(), c.expected);
+  }
+}
+
 TEST(ReportDefinitionTest, UnusableFilesNameFileAndPlace) {
   CvrShape good;
   good.statement = R"("CQ:SELECT 1")";

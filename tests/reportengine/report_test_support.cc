@@ -79,6 +79,8 @@ std::string CvrXml(const CvrShape& shape) {
                                       {"Width", std::to_string(c.width)}}) {
       Add(column, name, value);
     }
+    if (!c.total.empty()) Add(column, "Total", c.total);
+    if (!c.average.empty()) Add(column, "Average", c.average);
   }
   pugi::xml_node variables = root.append_child("Variables");
   for (const auto& [name, type] : shape.variables) {

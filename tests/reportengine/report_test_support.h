@@ -31,6 +31,7 @@ class TempFolder {
 struct ColumnShape {
   std::string title, field, format, alignment = "Left";
   int width = 1440;
+  std::string total, average;  // the elements' text; "" leaves them out
 };
 
 // A .cvr document; statements are given as report-language expressions.

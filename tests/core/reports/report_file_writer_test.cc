@@ -115,11 +115,15 @@ TEST_F(ReportFileWriterTest, UngroupedReportCarriesTheViewStatementColumnsVariab
     EXPECT_FALSE(root.child(group_only)) << group_only;
   }
   // "Gone Column" is no column of the data set any more: left out.
-  EXPECT_EQ(Rows(root.child("Columns"),
-                 {"Title", "Field", "ReportField", "Alignment", "Format", "Width"}),
-            (Table{{"Account", "ACCTS.AcctNum", "INV_INFO.AcctNum", "Left", "String", "1200"},
-                   {"Balance", "ACCTS.Balance", "INV_INFO.Balance", "Right", "Currency", "1500"},
-                   {"Days Late", "$DAYS_LATE", "INV_INFO.$DAYS_LATE", "Right", "Number", "800"}}));
+  // Money is summed, every number averaged, text neither.
+  EXPECT_EQ(
+      Rows(root.child("Columns"),
+           {"Title", "Field", "ReportField", "Alignment", "Format", "Width", "Total", "Average"}),
+      (Table{{"Account", "ACCTS.AcctNum", "INV_INFO.AcctNum", "Left", "String", "1200", "0", "0"},
+             {"Balance", "ACCTS.Balance", "INV_INFO.Balance", "Right", "Currency", "1500", "1",
+              "1"},
+             {"Days Late", "$DAYS_LATE", "INV_INFO.$DAYS_LATE", "Right", "Number", "800", "0",
+              "1"}}));
   EXPECT_EQ(Rows(root.child("Variables"), {"Name", "Caption", "Type"}),
             (Table{{"$START_DATE", "Start Date:", "Date"}, {"$END_DATE", "End Date:", "Date"}}));
   std::string options;
