@@ -76,10 +76,12 @@ bool MayOverwrite(frmAcctViewEdit& ed, const std::string& name, const std::strin
              ui::Buttons::kYesNo, ui::Icon::kQuestion, title) == ui::Answer::kYes;
 }
 
-// Every Profile under Profiles whose Name is `from` gets `to`; how many.
-int RenameRecords(DocumentCursor& views, const std::string& from, const std::string& to) {
+// Every Profile under the views file's Profiles whose Name is `from` gets
+// `to`; how many.
+int RenameRecords(frmAcctViewEdit& ed, const std::string& from, const std::string& to) {
   int renamed = 0;
-  XmlNode profiles = views.Root().child("Profiles");
+  ed.ProfilesIn(ed.ViewsDoc).Changed();
+  XmlNode profiles = ed.ViewsDoc.Root().child("Profiles");
   for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) {
     if (ChildText(p, "Name") != from) continue;
     SetNodeText(p.child("Name"), to);
@@ -146,6 +148,7 @@ void cmdNewProfile_Click(frmAcctViewEdit& ed) {
       views.AddChild("Profile");
       views.SetValue("Name", name);
       views.SetValue("AcctViewType", "0");
+      ed.ProfilesIn(views).Added(views.CurrentNode());
     }
 
     ed.Variables().ClearForm();
@@ -175,12 +178,12 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       if (target.AnyExists() && !MayOverwrite(ed, new_name, "Copy Profile")) return;
       if (!SaveProfile(ed)) return;  // it said why
       if (!onto_itself) {
-        RenameRecords(ed.ViewsDoc, old_name, new_name);
+        RenameRecords(ed, old_name, new_name);
         try {
           ed.ViewsDoc.Save(target.cvx);
         } catch (const std::exception& e) {
           // The document stays the source report's.
-          RenameRecords(ed.ViewsDoc, new_name, old_name);
+          RenameRecords(ed, new_name, old_name);
           ed.ShowError("Error copying profile:", e);
           return;
         }
@@ -209,6 +212,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       XmlNode copy = views.GoToChild("Profiles", true).append_copy(source);
       views.SetCurrentNode(copy);
       views.SetValue("Name", new_name);
+      ed.ProfilesIn(views).Added(copy);
     }
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
@@ -235,7 +239,7 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     const std::string old_name = ed.txtCurrProf.Text();
 
     if (!ed.InReportMode()) {
-      RenameRecords(ed.ViewsDoc, old_name, new_name);
+      RenameRecords(ed, old_name, new_name);
       // Later saves must find the record under its new name.
       SetCurrentName(ed, new_name);
       LoadViewsTree(ed, new_name);
@@ -252,11 +256,11 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     // The new pair is written whole before the old one goes, so a failed
     // write leaves the report as it was under its old name.
     const std::string old_path = ed.ViewsPath;
-    RenameRecords(ed.ViewsDoc, old_name, new_name);
+    RenameRecords(ed, old_name, new_name);
     SetCurrentName(ed, new_name);
     ed.ViewsPath = target.cvx;
     if (!SaveProfile(ed)) {
-      RenameRecords(ed.ViewsDoc, new_name, old_name);
+      RenameRecords(ed, new_name, old_name);
       SetCurrentName(ed, old_name);
       ed.ViewsPath = old_path;
       if (!same_files && !target_existed) target.Remove();
@@ -304,6 +308,7 @@ void cmdDeleteProfile_Click(frmAcctViewEdit& ed) {
         // No handle may be left on the removed element.
         if (ed.CurrentProfileNode() == found) ed.SetCurrentProfileNode({}, ed.ViewsDoc);
         ed.ViewsDoc.GoToChild("");
+        ed.ProfilesIn(ed.ViewsDoc).Changed();
         profiles.remove_child(found);
         // The removed record's unsaved changes have nothing left to go to.
         ed.ProfileChanged = false;

@@ -81,8 +81,13 @@ void LoadTabs(frmAcctViewEdit& ed) {
 }
 
 XmlNode SelectColumn(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  return SelectSingleNode(ed.SetupDoc.Root(), "./" + DataSetPath(ed.cmbDataSet.Text()) +
-                                                  "/Columns/Column[Name='" + sColumnName + "']");
+  const std::string& data_set = ed.cmbDataSet.Text();
+  // An apostrophe in either name changes the expression itself.
+  if (data_set.find('\'') != std::string::npos || sColumnName.find('\'') != std::string::npos) {
+    return SelectSingleNode(ed.SetupDoc.Root(), "./" + DataSetPath(data_set) +
+                                                    "/Columns/Column[Name='" + sColumnName + "']");
+  }
+  return ed.SetupColumns().Find(ed.SetupDoc, data_set, sColumnName);
 }
 
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,
