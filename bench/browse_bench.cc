@@ -9,97 +9,16 @@
 //   build-bench/bench/browse_bench
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <map>
-#include <memory>
-#include <pugixml.hpp>
-#include <random>
 #include <string>
 
-#include "component/editor_environment.h"
-#include "component/frm_acct_view_edit.h"
-#include "fileset_generator.h"
-#include "host/host_services.h"
-#include "ui/headless_dialog_host.h"
-#include "ui/headless_prompter.h"
+#include "bench_support.h"
 
 namespace cvve::bench {
 namespace {
 
-namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
-
-// The benchmarks' files, removed when the program ends.
-class Scratch {
- public:
-  Scratch() {
-    std::random_device rd;
-    root_ = fs::temp_directory_path() / ("cvve-bench-" + std::to_string(rd()));
-    fs::create_directories(root_);
-  }
-  ~Scratch() {
-    std::error_code ec;
-    fs::remove_all(root_, ec);
-  }
-  std::string Folder(const std::string& name) const { return (root_ / name).string(); }
-
- private:
-  fs::path root_;
-};
-
-Scratch& TheScratch() {
-  static Scratch scratch;
-  return scratch;
-}
-
-const FileSet& OpenSet(int profiles) {
-  static std::map<int, FileSet> sets;
-  auto it = sets.find(profiles);
-  if (it == sets.end()) {
-    FileSetShape shape;
-    shape.profiles = profiles;
-    it = sets.emplace(profiles,
-                      WriteFileSet(TheScratch().Folder("open" + std::to_string(profiles)), shape))
-             .first;
-  }
-  return it->second;
-}
-
-struct HeadlessEditor {
-  explicit HeadlessEditor(const FileSet& set) {
-    host.view_files_folder = set.folder;
-    host.reports_base_folder = set.folder;
-    host.users = set.users;
-    host.executable_name = "viewedit";
-    ed = std::make_unique<frmAcctViewEdit>(env);
-  }
-  DefaultHostServices host;
-  ui::HeadlessPrompter prompter;
-  ui::HeadlessDialogHost dialogs;
-  EditorEnvironment env{host, prompter, dialogs, nullptr};
-  std::unique_ptr<frmAcctViewEdit> ed;
-};
-
-double Seconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
-
-// The parse the editor's documents do, with nothing else: three documents
-// kept between runs, each emptied and loaded again, as the editor's are.
-double BareParseSeconds(const FileSet& set) {
-  constexpr unsigned kFlags = pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
-                              pugi::parse_declaration | pugi::parse_doctype;
-  static pugi::xml_document docs[3];
-  const std::string paths[3] = {set.folder + "/" + set.setup, set.folder + "/" + set.views,
-                                set.folder + "/" + set.defaults};
-  const auto start = Clock::now();
-  for (int i = 0; i < 3; ++i) {
-    docs[i].reset();
-    if (!docs[i].load_file(paths[i].c_str(), kFlags)) std::abort();
-  }
-  benchmark::DoNotOptimize(docs[0].first_child());
-  return Seconds(Clock::now() - start);
-}
+const FileSet& OpenSet(int profiles) { return GeneratedSet(profiles); }
 
 // Mean milliseconds of the last run of each size, for the ratio printed at the end.
 std::map<int, double>& OpenMillis() {
@@ -159,7 +78,7 @@ void BM_SwitchProfile(benchmark::State& state) {
     shape.filters = 300;
     shape.used_columns = 200;
     shape.saved_filters = 300;
-    return WriteFileSet(TheScratch().Folder("switch"), shape);
+    return WriteFileSet(ScratchFolder("switch"), shape);
   }();
   HeadlessEditor h(set);
   h.ed->SetReportMode(0);

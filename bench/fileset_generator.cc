@@ -61,7 +61,8 @@ void ColumnDefinition(std::string& out, int d, int c) {
 void Profile(std::string& out, const FileSetShape& shape, int index, Kind kind) {
   const int data_set = index % shape.data_sets;
   const int columns = std::max(1, shape.columns);
-  const int used = std::min(shape.used_columns, columns);
+  const bool wide = kind == Kind::kUser && index < SystemCount(shape) + shape.wide_profiles;
+  const int used = wide ? columns : std::min(shape.used_columns, columns);
   const int first_column = (index * 7) % columns;
   const int every_user_where = Every(shape.user_where_share);
   const bool source = kind != Kind::kCustomisation;
@@ -102,7 +103,7 @@ void Profile(std::string& out, const FileSetShape& shape, int index, Kind kind) 
   out += "</Columns>";
   Element(out, "Tabs", "1,3," + std::to_string(1 + index % std::max(1, shape.tabs)));
   if (kind == Kind::kUser && shape.filters > 0) {
-    const int saved = std::min(shape.saved_filters, shape.filters);
+    const int saved = wide ? shape.filters : std::min(shape.saved_filters, shape.filters);
     out += "<FilterChecks>";
     for (int k = 0; k < saved; ++k) {
       const int f = (index + k) % shape.filters;

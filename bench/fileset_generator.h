@@ -19,6 +19,8 @@ struct FileSetShape {
   int filters = 30;       // F: filters per data set
   int used_columns = 8;   // used columns per profile (at most C)
   int saved_filters = 6;  // FilterChecks entries per user profile (at most F)
+  // The first `wide_profiles` user profiles use C columns and save F filters.
+  int wide_profiles = 0;
   int users = 10;         // U: the host's users
   int folders = 6;        // folder Index 0..folders-1, plus a hidden 99
   int tabs = 8;

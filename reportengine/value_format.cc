@@ -4,6 +4,8 @@
 #include <QDateTime>
 #include <QLocale>
 #include <cmath>
+#include <cstdint>
+#include <optional>
 
 #include "base/text.h"
 
@@ -21,16 +23,58 @@ const QLocale& UsLocale() {
 // Cents rounded half away from zero, so 0.005 shows as 0.01 on both signs.
 double ToCents(double value) { return std::round(value * 100.0) / 100.0; }
 
+// Below this, a value's cents are exact in a 64-bit integer and in a double.
+constexpr double kExactCentsLimit = 1e13;
+
+// What the US locale prints for units / 10^decimals (decimals 0 or 2):
+// thousands separated by commas, a minus sign before a negative value. Made
+// by hand because a report formats every money cell, and the locale's
+// general double-to-text conversion was most of their cost.
+QString Grouped(std::int64_t units, int decimals) {
+  char text[40];
+  char* end = text + sizeof text;
+  char* at = end;
+  std::uint64_t rest = units < 0 ? 0 - static_cast<std::uint64_t>(units)
+                                 : static_cast<std::uint64_t>(units);
+  for (int i = 0; i < decimals; ++i, rest /= 10) *--at = static_cast<char>('0' + rest % 10);
+  if (decimals > 0) *--at = '.';
+  int digits = 0;
+  do {
+    if (digits > 0 && digits % 3 == 0) *--at = ',';
+    *--at = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+    ++digits;
+  } while (rest > 0);
+  if (units < 0) *--at = '-';
+  return QString::fromLatin1(at, static_cast<qsizetype>(end - at));
+}
+
+// The value in whole cents, when it is small enough to be exact.
+std::optional<std::int64_t> Cents(double value) {
+  if (!(std::fabs(value) < kExactCentsLimit)) return std::nullopt;  // NaN too
+  return std::llround(value * 100.0);
+}
+
 QString Money(double value) {
+  if (const std::optional<std::int64_t> cents = Cents(value)) {
+    const QString digits = Grouped(*cents < 0 ? -*cents : *cents, 2);
+    return (*cents < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + digits;
+  }
   const double cents = ToCents(value);
   const QString digits = UsLocale().toString(std::fabs(cents), 'f', 2);
   return (cents < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + digits;
 }
 
-QString TwoDecimals(double value) { return UsLocale().toString(ToCents(value) + 0.0, 'f', 2); }
+QString TwoDecimals(double value) {
+  if (const std::optional<std::int64_t> cents = Cents(value)) return Grouped(*cents, 2);
+  return UsLocale().toString(ToCents(value) + 0.0, 'f', 2);
+}
 
 // Whole numbers without decimals (a mileage), others with two.
 QString Decimal(double value) {
+  if (const std::optional<std::int64_t> cents = Cents(value)) {
+    return *cents % 100 == 0 ? Grouped(*cents / 100, 0) : Grouped(*cents, 2);
+  }
   const double cents = ToCents(value) + 0.0;
   return UsLocale().toString(cents, 'f', cents == std::trunc(cents) ? 0 : 2);
 }

@@ -22,6 +22,7 @@
 #include "ui/tree_view.h"
 #include "variables/frm_variables.h"
 #include "viewfiles/document_cursor.h"
+#include "viewfiles/name_index.h"
 
 namespace cvve {
 
@@ -74,6 +75,12 @@ class frmAcctViewEdit : public ui::Form {
   // --- file set ---
   std::string ViewsPath, DefaultsPath, SetupPath;
   DocumentCursor ViewsDoc, DefaultsDoc, SetupDoc;
+  // The profile records of ViewsDoc or DefaultsDoc by name.
+  ProfileIndex& ProfilesIn(const DocumentCursor& doc) {
+    return &doc == &DefaultsDoc ? defaults_profiles_ : views_profiles_;
+  }
+  // The setup file's column definitions of a data set by name.
+  ColumnIndex& SetupColumns() { return setup_columns_; }
   std::int16_t Data1Column = 0, Data2Column = 0;
   bool FilterErrorShown = false;
   bool ProfileChanged = false;
@@ -153,6 +160,8 @@ class frmAcctViewEdit : public ui::Form {
   XmlNode current_profile_node_;
   const DocumentCursor* current_profile_owner_ = nullptr;
   std::uint64_t current_profile_generation_ = 0;
+  ProfileIndex views_profiles_, defaults_profiles_;
+  ColumnIndex setup_columns_;
   ui::Prompter* prompter_override_ = nullptr;
 };
 

@@ -74,10 +74,12 @@ bool MayOverwrite(frmAcctViewEdit& ed, const std::string& name, const std::strin
              ui::Buttons::kYesNo, ui::Icon::kQuestion, title) == ui::Answer::kYes;
 }
 
-// Every Profile under Profiles whose Name is `from` gets `to`; how many.
-int RenameRecords(DocumentCursor& views, const std::string& from, const std::string& to) {
+// Every Profile under the views file's Profiles whose Name is `from` gets
+// `to`; how many.
+int RenameRecords(frmAcctViewEdit& ed, const std::string& from, const std::string& to) {
   int renamed = 0;
-  XmlNode profiles = views.Root().child("Profiles");
+  ed.ProfilesIn(ed.ViewsDoc).Changed();
+  XmlNode profiles = ed.ViewsDoc.Root().child("Profiles");
   for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) {
     if (ChildText(p, "Name") != from) continue;
     SetNodeText(p.child("Name"), to);
@@ -149,6 +151,7 @@ void cmdNewProfile_Click(frmAcctViewEdit& ed) {
       views.SetValue("Name", name);
       views.SetValue("AcctViewType", "0");
       ed.views_edits.Saved(name);
+      ed.ProfilesIn(views).Added(views.CurrentNode());
     }
 
     ed.Variables().ClearForm();
@@ -185,7 +188,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
           // The profile document is copied; its next save writes the definition.
           ed.ShowError("Error copying profile:", e);
         }
-        RenameRecords(ed.ViewsDoc, old_name, new_name);
+        RenameRecords(ed, old_name, new_name);
         // Both files of the copy as one change; a target definition with no
         // source to copy goes, so no other report's definition is left paired.
         const std::vector<std::string> stale =
@@ -194,7 +197,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
                                          definition, stale,
                                          false) != filesafety::ReportWrite::kWritten) {
           // The document stays the source report's.
-          RenameRecords(ed.ViewsDoc, new_name, old_name);
+          RenameRecords(ed, new_name, old_name);
           return;
         }
         ed.ViewsPath = target.cvx;
@@ -217,6 +220,7 @@ void cmdCopyProfile_Click(frmAcctViewEdit& ed) {
       views.SetCurrentNode(copy);
       views.SetValue("Name", new_name);
       ed.views_edits.Saved(new_name);
+      ed.ProfilesIn(views).Added(copy);
     }
     LoadViewsTree(ed, new_name);
   } catch (const std::exception& e) {
@@ -243,7 +247,7 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     const std::string old_name = ed.txtCurrProf.Text();
 
     if (!ed.InReportMode()) {
-      RenameRecords(ed.ViewsDoc, old_name, new_name);
+      RenameRecords(ed, old_name, new_name);
       ed.views_edits.Renamed(old_name, new_name);
       // Later saves must find the record under its new name.
       SetCurrentName(ed, new_name);
@@ -261,12 +265,12 @@ void cmdEditProfile_Click(frmAcctViewEdit& ed) {
     // The new pair and the removal of the old one are one change, so a
     // failed write (or a crash) leaves the report as it was under its old name.
     const std::string old_path = ed.ViewsPath;
-    RenameRecords(ed.ViewsDoc, old_name, new_name);
+    RenameRecords(ed, old_name, new_name);
     SetCurrentName(ed, new_name);
     ed.ViewsPath = target.cvx;
     if (!SaveProfile(ed, same_files ? std::vector<std::string>{}
                                     : std::vector<std::string>{source.cvx, source.cvr})) {
-      RenameRecords(ed.ViewsDoc, new_name, old_name);
+      RenameRecords(ed, new_name, old_name);
       SetCurrentName(ed, old_name);
       ed.ViewsPath = old_path;
       return;
@@ -315,6 +319,7 @@ void cmdDeleteProfile_Click(frmAcctViewEdit& ed) {
         // No handle may be left on the removed element.
         if (ed.CurrentProfileNode() == found) ed.SetCurrentProfileNode({}, ed.ViewsDoc);
         ed.ViewsDoc.GoToChild("");
+        ed.ProfilesIn(ed.ViewsDoc).Changed();
         profiles.remove_child(found);
         ed.views_edits.Deleted(name);
         // The removed record's unsaved changes have nothing left to go to.

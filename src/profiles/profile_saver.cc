@@ -52,10 +52,14 @@ XmlNode SelectOrCreateRecord(frmAcctViewEdit& ed, const std::string& name) {
     views.GoToChild("Profiles", true);
     created = views.AddChild("Profile");
     views.SetValue("Name", name);
+    ed.ProfilesIn(views).Added(created);
   });
   if (XmlNode record = SelectProfileCustom(ed, name)) return record;
   views.GoToChild("");
-  if (created) created.parent().remove_child(created);
+  if (created) {
+    ed.ProfilesIn(views).Changed();
+    created.parent().remove_child(created);
+  }
   if (before) ed.SetCurrentProfileNode(before, OwnerOf(ed, before));
   return {};
 }

@@ -90,7 +90,12 @@ std::string ColumnPath(frmAcctViewEdit& ed, const std::string& sColumnName) {
 }  // namespace
 
 XmlNode SelectColumn(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  return SelectSingleNode(ed.SetupDoc.Root(), ColumnPath(ed, sColumnName));
+  const std::string& data_set = ed.cmbDataSet.Text();
+  // An apostrophe in either name changes the expression itself.
+  if (data_set.find('\'') != std::string::npos || sColumnName.find('\'') != std::string::npos) {
+    return SelectSingleNode(ed.SetupDoc.Root(), ColumnPath(ed, sColumnName));
+  }
+  return ed.SetupColumns().Find(ed.SetupDoc, data_set, sColumnName);
 }
 
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,

@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QDate>
+#include <QLocale>
+#include <cmath>
+#include <random>
+#include <vector>
 
 namespace cvve::reportengine {
 namespace {
@@ -46,6 +50,34 @@ TEST(ValueFormatTest, TotalsAndAverages) {
   EXPECT_EQ(FormatAverage(12, "Integer").toStdString(), "12.00");
   EXPECT_EQ(FormatAverage(28.934, "Integer").toStdString(), "28.93");
   EXPECT_EQ(FormatAverage(6028.976, "Currency").toStdString(), "$6,028.98");
+}
+
+// Money and numbers are printed without the locale's conversion; what they
+// show must be what the US locale shows, across magnitudes, signs, halves
+// and values too large for exact cents.
+TEST(ValueFormatTest, NumbersReadAsTheUsLocaleWritesThem) {
+  const QLocale us(QLocale::English, QLocale::UnitedStates);
+  auto cents = [](double v) { return std::round(v * 100.0) / 100.0; };
+  std::vector<double> values = {0,        -0.0,      0.004,       0.005,       -0.005,
+                                0.015,    1.005,     999.995,     -999.995,    1000,
+                                99999.99, 100000.5,  -1234567.89, 12345678.9,  9999999999.994,
+                                -9.5e12,  1.5e13,    -2.5e14,     1e300,       123456789012.345};
+  std::mt19937_64 random(14);
+  std::uniform_real_distribution<double> magnitude(-3, 12);
+  for (int i = 0; i < 2000; ++i) {
+    const double v = std::pow(10.0, magnitude(random)) * (i % 2 ? -1 : 1);
+    values.push_back(i % 3 ? v : std::round(v));
+  }
+  for (double v : values) {
+    SCOPED_TRACE(v);
+    const double c = cents(v);
+    const QString money =
+        (c < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + us.toString(std::fabs(c), 'f', 2);
+    EXPECT_EQ(FormatCell(QVariant(v), "Currency"), money);
+    const double n = c + 0.0;
+    EXPECT_EQ(FormatCell(QVariant(v), "Number"), us.toString(n, 'f', n == std::trunc(n) ? 0 : 2));
+    EXPECT_EQ(FormatAverage(v, "Number"), us.toString(n, 'f', 2));
+  }
 }
 
 TEST(ValueFormatTest, NumericValueAndRawText) {

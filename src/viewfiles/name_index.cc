@@ -1,0 +1,104 @@
+#include "viewfiles/name_index.h"
+
+namespace cvve {
+
+namespace {
+
+// The element's text as the path expression compares it (all text below
+// it), without building a string for the usual single text child.
+std::string_view NameText(XmlNode name, std::string& scratch) {
+  XmlNode first = name.first_child();
+  if (!first) return {};
+  if (!first.next_sibling() &&
+      (first.type() == pugi::node_pcdata || first.type() == pugi::node_cdata)) {
+    return first.value();
+  }
+  scratch = NodeText(name);
+  return scratch;
+}
+
+bool Named(XmlNode node, std::string_view name) { return std::string_view(node.name()) == name; }
+
+bool HasName(XmlNode element, std::string_view name) {
+  std::string scratch;
+  for (XmlNode n = element.child("Name"); n; n = n.next_sibling("Name")) {
+    if (NameText(n, scratch) == name) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+XmlNode NameIndex::Find(std::string_view name) const {
+  const auto it = first_.find(name);
+  return it == first_.end() ? XmlNode() : it->second;
+}
+
+void NameIndex::Add(XmlNode element) {
+  std::string scratch;
+  for (XmlNode n = element.child("Name"); n; n = n.next_sibling("Name")) {
+    const std::string_view text = NameText(n, scratch);
+    if (first_.find(text) == first_.end()) first_.emplace(text, element);
+  }
+}
+
+bool NameIndex::AnyNameTaken(XmlNode element) const {
+  std::string scratch;
+  for (XmlNode n = element.child("Name"); n; n = n.next_sibling("Name")) {
+    if (first_.find(NameText(n, scratch)) != first_.end()) return true;
+  }
+  return false;
+}
+
+XmlNode ProfileIndex::Find(const DocumentCursor& doc, std::string_view name) {
+  if (!built_ || doc_ != &doc || generation_ != doc.Generation()) {
+    names_.Clear();
+    for (XmlNode profiles = doc.Root().child("Profiles"); profiles;
+         profiles = profiles.next_sibling("Profiles")) {
+      for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) names_.Add(p);
+    }
+    doc_ = &doc;
+    generation_ = doc.Generation();
+    built_ = true;
+  }
+  return names_.Find(name);
+}
+
+void ProfileIndex::Added(XmlNode record) {
+  if (!built_ || !record) return;
+  // With names of its own it is the first of them wherever it stands, as
+  // long as it stands where records are looked for.
+  const XmlNode profiles = record.parent();
+  if (names_.AnyNameTaken(record) || !Named(record, "Profile") || !Named(profiles, "Profiles") ||
+      profiles.parent() != doc_->Root()) {
+    built_ = false;
+    return;
+  }
+  names_.Add(record);
+}
+
+XmlNode ColumnIndex::Find(const DocumentCursor& setup, const std::string& data_set,
+                          std::string_view column) {
+  if (!built_ || doc_ != &setup || generation_ != setup.Generation() || data_set_ != data_set) {
+    names_.Clear();
+    // Every data set of the name, in document order, as the expression
+    // takes the union of their columns.
+    for (XmlNode sets_parent = setup.Root().child("DataSets"); sets_parent;
+         sets_parent = sets_parent.next_sibling("DataSets")) {
+      for (XmlNode set = sets_parent.child("DataSet"); set; set = set.next_sibling("DataSet")) {
+        if (!HasName(set, data_set)) continue;
+        for (XmlNode columns = set.child("Columns"); columns;
+             columns = columns.next_sibling("Columns")) {
+          for (XmlNode c = columns.child("Column"); c; c = c.next_sibling("Column")) names_.Add(c);
+        }
+      }
+    }
+    doc_ = &setup;
+    generation_ = setup.Generation();
+    data_set_ = data_set;
+    built_ = true;
+  }
+  return names_.Find(column);
+}
+
+}  // namespace cvve
