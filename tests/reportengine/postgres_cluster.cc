@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
@@ -24,17 +25,22 @@ std::string PostgresBin() {
 
 }  // namespace
 
+namespace {
+PostgresCluster* shared_cluster = nullptr;
+}  // namespace
+
 PostgresCluster& PostgresCluster::Shared() {
-  static PostgresCluster* cluster = [] {
-    auto* made = new PostgresCluster();
-    made->reason_ = made->Start();
-    return made;
-  }();
-  // Stopped when the test process ends.
-  static const struct Stopper {
-    ~Stopper() { delete cluster; }
-  } stopper;
-  return *cluster;
+  if (shared_cluster == nullptr) {
+    shared_cluster = new PostgresCluster();
+    shared_cluster->reason_ = shared_cluster->Start();
+    // Stopped with the application object, while Qt's SQL drivers are still
+    // loaded for the admin connections to be closed.
+    qAddPostRoutine([] {
+      delete shared_cluster;
+      shared_cluster = nullptr;
+    });
+  }
+  return *shared_cluster;
 }
 
 std::string PostgresCluster::Start() {
