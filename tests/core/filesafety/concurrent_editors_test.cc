@@ -2,7 +2,10 @@
 // workstations are: the second one's OK merges record by record.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
+
+#include "filesafety/file_lock.h"
 
 #include "fixtures.h"
 #include "profiles/profile_commands.h"
@@ -151,6 +154,37 @@ TEST(ConcurrentEditorsTest, RenamedHereAndChangedThereAsksUnderTheNewName) {
   EXPECT_NE(a.prompter.Shown().back().text.find("'Renamed'"), std::string::npos);
   EXPECT_EQ(Element(a, "Mine", "DoTotals"), "1");
   EXPECT_EQ(Element(a, "Renamed", "Name"), "<none>");
+}
+
+TEST(ConcurrentEditorsTest, AWriterHeldTooLongGetsAClearMessageAndNothingIsWritten) {
+  HeadlessEditor a;
+  a.Open(kViews, kDefaults, kSetup);
+  a->Show();
+  Select(a, "All Accounts");
+  a->chkTotals.UserClick();
+  ASSERT_TRUE(SaveProfile(*a));
+  const std::string path = (a.dir.Path() / "views.xml").string();
+  // Another writer: a lock of its own open file, which this one must wait for.
+  std::optional<filesafety::FileLock> other =
+      filesafety::FileLock::Acquire(filesafety::LockPathFor(path), std::chrono::milliseconds(0));
+  ASSERT_TRUE(other);
+  ::setenv("CVVE_LOCK_WAIT_MS", "100", 1);
+  a->cmdOK.Click();
+  ::unsetenv("CVVE_LOCK_WAIT_MS");
+  EXPECT_TRUE(a->Visible());
+  EXPECT_FALSE(a.prompter.WaitCursor());
+  EXPECT_EQ(Box(a.prompter.Shown().back()),
+            Box("File In Use", "OK", "exclamation",
+                "The file '" + path +
+                    "' is being saved by another user.  Nothing was written; please try again "
+                    "in a moment."));
+  EXPECT_EQ(a.dir.Read("views.xml"), kViews);
+  ASSERT_EQ(a.prompter.WriteFailures().size(), 1u);
+  // Once the other writer is done, OK goes through.
+  other.reset();
+  a->cmdOK.Click();
+  EXPECT_FALSE(a->Visible());
+  EXPECT_NE(a.dir.Read("views.xml"), kViews);
 }
 
 }  // namespace
