@@ -76,7 +76,9 @@ TEST_F(ValueEditorsTest, KeyboardOpensTheBoxTheMouseOpens) {
     EXPECT_EQ(lstFilters_OpenValueCell(*h, c.row, c.which), c.opens);
     const ui::ComboBox& box = ValueEditor(*h, c.which);
     EXPECT_EQ(box.Visible() && box.Focused(), c.opens);
-    if (c.row > 0) EXPECT_EQ(h->lstFilters.SelectedItem(), c.row);
+    if (c.row > 0) {
+      EXPECT_EQ(h->lstFilters.SelectedItem(), c.row);
+    }
     if (!c.opens) {
       EXPECT_FALSE(h->txtData1LV.Visible() || h->txtData2LV.Visible());
       continue;
