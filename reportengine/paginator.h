@@ -15,8 +15,8 @@
 
 namespace cvve::reportengine {
 
-// kSummarySmall: a row of totals or averages too wide for its columns in
-// kSummary and in kBody.
+// kSummarySmall: the figures of a report's totals and averages when one of
+// them, at any level, is too wide for its column in kSummary and in kBody.
 enum class FontRole : std::uint8_t {
   kTitle,
   kHeader,

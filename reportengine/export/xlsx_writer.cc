@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <array>
+#include <filesystem>
 #include <memory>
 
 #include "base/error.h"
@@ -82,7 +83,9 @@ std::string SheetName(const std::string& report_name) {
   return name.isEmpty() ? std::string("Report") : name.toStdString();
 }
 
-void WriteXlsxFile(const ReportDefinition& def, const ReportData& data, const std::string& path) {
+namespace {
+
+void WriteWorkbook(const ReportDefinition& def, const ReportData& data, const std::string& path) {
   const ReportSheet sheet(def, data);
   lxw_workbook_options options{};
   options.constant_memory = LXW_TRUE;  // rows go straight to disk: long reports stay small
@@ -136,6 +139,20 @@ void WriteXlsxFile(const ReportDefinition& def, const ReportData& data, const st
     }
   });
   Check(workbook_close(workbook.release()), path);
+}
+
+}  // namespace
+
+void WriteXlsxFile(const ReportDefinition& def, const ReportData& data, const std::string& path) {
+  try {
+    WriteWorkbook(def, data, path);
+  } catch (...) {
+    // The workbook is closed (and so written) on the way out: what is there
+    // is no whole report.
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+    throw;
+  }
 }
 
 }  // namespace cvve::reportengine

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QDate>
+#include <QFile>
 #include <map>
 #include <regex>
 #include <sstream>
 
+#include "base/error.h"
 #include "report_test_support.h"
 #include "reportengine/export/csv_writer.h"
 #include "reportengine/export/sheet_rows.h"
@@ -270,6 +272,23 @@ TEST(ReportExportTest, XlsxHasTypedCellsFormatsAndAFrozenHeader) {
       EXPECT_EQ(cell.style, e.style);
     }
   }
+}
+
+TEST(ReportExportTest, AWorkbookThatCannotBeWrittenIsNamedAndLeftOut) {
+  TempFolder folder;
+  const Output mixed = Produce(Mixed(), folder);
+  for (const std::string& path :
+       {folder.Path("missing/x.xlsx"), folder.Path("")}) {  // no folder; a folder
+    SCOPED_TRACE(path);
+    try {
+      WriteXlsxFile(mixed.def, mixed.data, path);
+      ADD_FAILURE() << "written";
+    } catch (const Error& e) {
+      EXPECT_NE(std::string(e.what()).find("cannot write " + path), std::string::npos)
+          << e.what();
+    }
+  }
+  EXPECT_FALSE(QFile::exists(QString::fromStdString(folder.Path("missing/x.xlsx"))));
 }
 
 TEST(ReportExportTest, SheetNamesAreWhatASheetMayBeCalled) {
