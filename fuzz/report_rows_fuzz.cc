@@ -21,7 +21,8 @@
 #include <vector>
 
 #include "base/error.h"
-#include "reportengine/csv_writer.h"
+#include "reportengine/export/csv_writer.h"
+#include "reportengine/export/xlsx_writer.h"
 #include "reportengine/guard/guarded_connection.h"
 #include "reportengine/page_renderer.h"
 #include "reportengine/paginator.h"
@@ -209,10 +210,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     re::WritePdf(layout, QString::fromStdString(base + ".pdf"));
     std::ostringstream csv;
     re::WriteCsv(def, report, csv);
+    std::ostringstream display;
+    re::WriteCsv(def, report, display, re::CsvForm::kDisplay);
+    re::WriteXlsxFile(def, report, base + ".xlsx");
   } catch (const cvve::Error&) {
     // Refused or malformed input is reported, by design.
   }
   std::remove((base + ".db").c_str());
   std::remove((base + ".pdf").c_str());
+  std::remove((base + ".xlsx").c_str());
   return 0;
 }
