@@ -41,9 +41,11 @@ std::optional<FileLock> FileLock::Acquire(const std::string& lock_path,
                                           std::string* error) {
   const int fd = ::open(lock_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (fd < 0) {
-    // Where no lock file can be made, no other file can be written either:
-    // the write goes ahead and fails with its own reason.
-    if (errno == EACCES || errno == EROFS || errno == EPERM || errno == ENOSPC) {
+    // Where no lock file can be made (read-only, full, no such folder), no
+    // other file can be written either: the write goes ahead and fails with
+    // its own reason.
+    if (errno == EACCES || errno == EROFS || errno == EPERM || errno == ENOSPC ||
+        errno == ENOENT || errno == ENOTDIR) {
       return FileLock(-1);
     }
     if (error) *error = "Cannot open '" + lock_path + "': " + std::strerror(errno);

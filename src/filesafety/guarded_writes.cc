@@ -154,6 +154,12 @@ bool WriteViewsFile(frmAcctViewEdit& ed) {
   }
 }
 
+bool WriteUnderReportsLock(frmAcctViewEdit& ed, const std::string& path,
+                           const std::function<bool()>& write) {
+  std::optional<FileLock> lock = LockFor(ed, ReportsLockPath(Folder(path)), path);
+  return lock && write();
+}
+
 ReportWrite WriteReportFiles(frmAcctViewEdit& ed, const std::string& cvx_path,
                              const std::string& cvx, const std::string& cvr_path,
                              const std::optional<std::string>& cvr,

@@ -4,6 +4,7 @@
 // question, keeping bytes the editor could not read, and report pairs that a
 // crash cannot mix. Failures are shown in the editor's message boxes and
 // told to the Prompter (WriteFailed).
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,13 @@ ReportWrite WriteReportFiles(frmAcctViewEdit& ed, const std::string& cvx_path,
                              const std::string& cvx, const std::string& cvr_path,
                              const std::optional<std::string>& cvr,
                              const std::vector<std::string>& removals, bool check_changed);
+
+// Runs `write` (a single file of the reports folder that holds `path`, such
+// as an exported definition) under the folder's lock, so it never interleaves
+// with another editor's change of a report pair. False when the lock could
+// not be had (said so) or `write` returned false.
+bool WriteUnderReportsLock(frmAcctViewEdit& ed, const std::string& path,
+                           const std::function<bool()>& write);
 
 // Removes a report's files as one change; a missing file is no error, and a
 // failure is only told to the Prompter (deleting ignores its errors).

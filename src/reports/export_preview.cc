@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
+#include "filesafety/guarded_writes.h"
 #include "host/host_services.h"
 #include "profiles/profile_saver.h"
 #include "reports/report_engine.h"
@@ -29,7 +30,10 @@ void cmdExport_Click(frmAcctViewEdit& ed) {
   std::filesystem::create_directories(folder,
                                       ignored);  // a view mode user may never have opened it
   // The writer reports its own failure; a report that was not saved is not announced.
-  if (!SaveReportFile(ed, folder + name + ".cvr")) return;
+  const std::string path = folder + name + ".cvr";
+  if (!filesafety::WriteUnderReportsLock(ed, path, [&] { return SaveReportFile(ed, path); })) {
+    return;
+  }
   ed.Prompt().MsgBox(
       "A report was saved named '" + name +
           "' in the 'Custom Reports' folder in the reports section of your software.",

@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "base/text.h"
+#include "filesafety/file_lock.h"
+#include "filesafety/report_transaction.h"
 #include "fixtures.h"
 
 namespace cvve::testing {
@@ -45,7 +47,8 @@ TEST(ExportTest, YesWritesOnlyTheReportDefinitionAndSaysWhere) {
     }
     const std::string folder = ReportsFolder(h);
     if (c.second.rfind("Report Saved", 0) == 0) {
-      EXPECT_EQ(FilesIn(folder), std::vector<std::string>{"Past Due.cvr"});
+      // The lock file of the folder's writers stays beside the report.
+      EXPECT_EQ(FilesIn(folder), (std::vector<std::string>{".reports.lock", "Past Due.cvr"}));
       DocumentCursor report;
       ASSERT_TRUE(report.Load(folder + "/Past Due.cvr"));
       EXPECT_EQ(ChildText(report.Root(), "Name"), "Past Due");
@@ -55,6 +58,31 @@ TEST(ExportTest, YesWritesOnlyTheReportDefinitionAndSaysWhere) {
     }
     EXPECT_FALSE(h->ProfileChanged);
   }
+}
+
+TEST(ExportTest, AnotherEditorsReportChangeHoldsTheExportBackAndNothingIsWritten) {
+  HeadlessEditor h;
+  OpenFileSet(h, "Past Due");
+  const std::string folder = ReportsFolder(h);
+  fs::create_directories(folder);
+  std::optional<filesafety::FileLock> other = filesafety::FileLock::Acquire(
+      filesafety::ReportsLockPath(folder), std::chrono::milliseconds(0));
+  ASSERT_TRUE(other);
+  h.prompter.ClearShown();
+  h.prompter.QueueAnswer(ui::Answer::kYes);
+  ::setenv("CVVE_LOCK_WAIT_MS", "100", 1);
+  h->cmdExport.Click();
+  ::unsetenv("CVVE_LOCK_WAIT_MS");
+  const auto& shown = h.prompter.Shown();
+  ASSERT_EQ(shown.size(), 2u) << ShownPrompts(h);
+  EXPECT_TRUE(StartsWith(Box(shown[1]), "File In Use|OK|exclamation|")) << shown[1].text;
+  EXPECT_FALSE(fs::exists(folder + "/Past Due.cvr"));
+  EXPECT_EQ(h.prompter.WriteFailures().size(), 1u);
+
+  other.reset();
+  h.prompter.QueueAnswer(ui::Answer::kYes);
+  h->cmdExport.Click();
+  EXPECT_TRUE(fs::exists(folder + "/Past Due.cvr"));
 }
 
 // The report "Sales" in report mode, previewed through a fake engine; the
