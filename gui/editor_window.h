@@ -9,6 +9,8 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "gui/binder.h"
 
@@ -25,11 +27,15 @@ class QTreeView;
 
 namespace cvve {
 class frmAcctViewEdit;
+namespace reportengine {
+struct EditorDatabase;
 }
+}  // namespace cvve
 
 namespace cvve::gui {
 
 class FilterCellDelegate;
+class ResultsPane;
 
 class EditorWindow : public QWidget {
   Q_OBJECT
@@ -46,6 +52,13 @@ class EditorWindow : public QWidget {
   // 1: txtData1LV, 2: txtData2LV.
   QComboBox* valueEditor(int which) const { return which == 1 ? value1_ : value2_; }
   QPlainTextEdit* statementPane() const { return statement_; }
+  // Shows the rows of the profile on screen from `database` beside the
+  // statement, from now on.
+  void ShowResults(const reportengine::EditorDatabase& database);
+  ResultsPane* resultsPane() const { return results_; }
+  // Why the filter value in that cell of lstFilters makes the statement fail
+  // ("" when it does not).
+  QString valueMark(int row, int column) const;
   QLineEdit* searchBox() const { return search_; }
   bool cellPainterShown() const;
 
@@ -69,6 +82,8 @@ class EditorWindow : public QWidget {
   bool ValueEditorEvent(int which, QEvent* event);
   void FilterMousePress(QMouseEvent* event);
   void ToggleCheck(QTreeView* view, ui::ListView& list);
+  void UpdateResults();
+  void MarkFailure();
 
   frmAcctViewEdit& ed_;
   Binder binder_;
@@ -100,6 +115,10 @@ class EditorWindow : public QWidget {
   QStyledItemDelegate* plain_delegate_ = nullptr;
   QGroupBox* pane_ = nullptr;
   QPlainTextEdit* statement_ = nullptr;
+  QBoxLayout* statement_row_ = nullptr;
+  ResultsPane* results_ = nullptr;
+  // The filter value cells (row, column) the last statement failed on.
+  std::vector<std::pair<int, int>> failing_cells_;
   QLabel* changed_ = nullptr;
   QPushButton* export_ = nullptr;
   QPushButton* preview_ = nullptr;

@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
   viewedit::RegisterGuiCommands(app, options);
   viewedit::RegisterScriptCommand(app, options);
   viewedit::RegisterSqlCommand(app, options);
+  viewedit::RegisterListCommand(app, options);
   viewedit::RegisterReportCommands(app, options);
   try {
     app.parse(argc, argv);
