@@ -26,11 +26,14 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QStyledItemDelegate>
+#include <QTextCursor>
+#include <QTextDocument>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/error.h"
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
 #include "filters/value_editors.h"
@@ -44,7 +47,10 @@
 #include "gui/units.h"
 #include "gui/window_settings.h"
 #include "profiles/profile_search.h"
+#include "query/quiet_prompts.h"
 #include "query/statement_preview.h"
+#include "results/results.h"
+#include "gui/results/results_pane.h"
 #include "ui/prompter.h"
 
 namespace cvve::gui {
@@ -679,7 +685,11 @@ void EditorWindow::AfterRefresh() {
   }
 
   const QString statement = Q(StoredStatementPreview(ed_));
-  if (statement_->toPlainText() != statement) statement_->setPlainText(statement);
+  if (statement_->toPlainText() != statement) {
+    statement_->setPlainText(statement);
+    MarkFailure();
+  }
+  UpdateResults();
 
   if (!ed_.Visible() && isVisible()) {
     SaveWindowState(this, Splitters());
@@ -694,6 +704,83 @@ QString EditorWindow::UnwrittenNotice(const QString& file) const {
   for (const std::string& name : ed_.UnwrittenProfiles) names << Q(name);
   return QString("Saved, not yet written: %1. OK writes %2 to %3; Cancel drops %2.")
       .arg(names.join(", "), names.size() == 1 ? "it" : "them", file);
+}
+
+void EditorWindow::ShowResults(const reportengine::EditorDatabase& database) {
+  if (results_) return;
+  results_ = new ResultsPane(database, this);
+  // Beside the statement, in the bottom splitter, with most of its width.
+  bottom_split_->addWidget(results_);
+  bottom_split_->setStretchFactor(0, 1);
+  bottom_split_->setStretchFactor(1, 2);
+  results_->on_finished = [this] { MarkFailure(); };
+  for (RowDelegate* delegate : {static_cast<RowDelegate*>(plain_delegate_),
+                                static_cast<RowDelegate*>(cell_delegate_)}) {
+    delegate->mark = [this](const QModelIndex& index) {
+      return valueMark(index.row(), index.column());
+    };
+  }
+  UpdateResults();
+}
+
+void EditorWindow::UpdateResults() {
+  if (!results_) return;
+  std::string view_sql;
+  QString problem;
+  QStringList names;
+  std::vector<std::string> formats;
+  try {
+    view_sql = results::ViewStatement(ed_);
+    QuietPrompts quiet(ed_);
+    for (const results::ShownColumn& column : results::ShownColumns(ed_)) {
+      names << Q(column.name);
+      formats.push_back(column.format);
+    }
+  } catch (const std::exception& e) {
+    view_sql.clear();
+    problem = Q(Describe(e));
+  }
+  results_->Show(view_sql, problem, names, formats);
+}
+
+QString EditorWindow::valueMark(int row, int column) const {
+  if (!results_) return {};
+  for (const auto& [failing_row, failing_column] : failing_cells_) {
+    if (failing_row == row && failing_column == column) return results_->errorMessage();
+  }
+  return {};
+}
+
+// The filter value and the place in the statement pane the database's error
+// names; cleared when the statement runs.
+void EditorWindow::MarkFailure() {
+  if (!results_) return;
+  failing_cells_.clear();
+  QList<QTextEdit::ExtraSelection> marks;
+  const long long position = results_->errorPosition();
+  const std::string& ran = results_->lastStatement();
+  if (position >= 0 && static_cast<std::size_t>(position) < ran.size()) {
+    for (const results::ValueCell& cell : results::ValuesAt(ed_, ran, position)) {
+      failing_cells_.emplace_back(cell.item - 1, cell.column);
+    }
+    // The word the database named, found in the pane's text.
+    std::size_t end = ran.find_first_of(" ,)\n", static_cast<std::size_t>(position) + 1);
+    if (end == std::string::npos) end = ran.size();
+    const QString word = Q(ran.substr(static_cast<std::size_t>(position),
+                                      std::min<std::size_t>(end - position, 24)));
+    const QTextCursor found = statement_->document()->find(word);
+    if (!found.isNull()) {
+      QTextEdit::ExtraSelection mark;
+      mark.cursor = found;
+      mark.format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
+      mark.format.setUnderlineColor(QColor(0xC0, 0x10, 0x10));
+      mark.format.setBackground(QColor(0xFF, 0xE0, 0xE0));
+      mark.format.setToolTip(results_->errorMessage());
+      marks << mark;
+    }
+  }
+  statement_->setExtraSelections(marks);
+  filters_->viewport()->update();
 }
 
 bool EditorWindow::cellPainterShown() const { return filters_->itemDelegate() == cell_delegate_; }

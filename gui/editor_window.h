@@ -10,6 +10,8 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "gui/binder.h"
 
@@ -30,11 +32,15 @@ class QTreeView;
 
 namespace cvve {
 class frmAcctViewEdit;
+namespace reportengine {
+struct EditorDatabase;
 }
+}  // namespace cvve
 
 namespace cvve::gui {
 
 class FilterCellDelegate;
+class ResultsPane;
 
 class EditorWindow : public QWidget {
   Q_OBJECT
@@ -51,6 +57,13 @@ class EditorWindow : public QWidget {
   // 1: txtData1LV, 2: txtData2LV.
   QComboBox* valueEditor(int which) const { return which == 1 ? value1_ : value2_; }
   QPlainTextEdit* statementPane() const { return statement_; }
+  // Shows the rows of the profile on screen from `database` beside the
+  // statement, from now on.
+  void ShowResults(const reportengine::EditorDatabase& database);
+  ResultsPane* resultsPane() const { return results_; }
+  // Why the filter value in that cell of lstFilters makes the statement fail
+  // ("" when it does not).
+  QString valueMark(int row, int column) const;
   QLineEdit* searchBox() const { return search_; }
   QStatusBar* statusBar() const { return status_; }
   // Steps over bottom panes, profiles beside steps, and the bottom panes
@@ -82,6 +95,8 @@ class EditorWindow : public QWidget {
   void OpenCurrentFilterValue();
   int FilterPressX(int viewport_x) const;
   QString UnwrittenNotice(const QString& file) const;
+  void UpdateResults();
+  void MarkFailure();
 
   frmAcctViewEdit& ed_;
   Binder binder_;
@@ -122,6 +137,9 @@ class EditorWindow : public QWidget {
   QStyledItemDelegate* plain_delegate_ = nullptr;
   QGroupBox* pane_ = nullptr;
   QPlainTextEdit* statement_ = nullptr;
+  ResultsPane* results_ = nullptr;
+  // The filter value cells (row, column) the last statement failed on.
+  std::vector<std::pair<int, int>> failing_cells_;
   QLabel* changed_ = nullptr;
   QPushButton* export_ = nullptr;
   QPushButton* preview_ = nullptr;

@@ -44,6 +44,7 @@ void FilterCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
   const QWidget* widget = opt.widget;
   QStyle* style = widget ? widget->style() : QApplication::style();
   style->drawControl(QStyle::CE_ItemViewItem, &opt, painter, widget);
+  PaintMark(painter, option, index);
 }
 
 }  // namespace cvve::gui

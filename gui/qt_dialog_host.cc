@@ -23,6 +23,7 @@ QWidget* OwnerOf(const std::vector<EditorWindow*>& editors) {
 void QtDialogHost::RunModal(ui::Form& form) {
   if (auto* ed = dynamic_cast<frmAcctViewEdit*>(&form)) {
     EditorWindow window(*ed);
+    if (database) window.ShowResults(*database);
     window.setWindowModality(Qt::ApplicationModal);
     QEventLoop loop;
     window.on_closed = [&loop] { loop.quit(); };
@@ -44,7 +45,9 @@ void QtDialogHost::RunModal(ui::Form& form) {
   if (auto* variables = dynamic_cast<frmVariables*>(&form)) {
     dialog = std::make_unique<VariablesDialog>(*variables, OwnerOf(editors_));
   } else if (auto* advanced = dynamic_cast<frmAcctViewAdvanced*>(&form)) {
-    dialog = std::make_unique<AdvancedFilterDialog>(*advanced, OwnerOf(editors_));
+    auto face = std::make_unique<AdvancedFilterDialog>(*advanced, OwnerOf(editors_));
+    if (database) face->OfferTest(*database);
+    dialog = std::move(face);
   }
   if (!dialog) {
     form.Show();

@@ -3,7 +3,10 @@
 // window, frmVariables and frmAcctViewAdvanced as modal dialogs over it. Each
 // RunModal returns once the form has hidden itself.
 #include <functional>
+#include <optional>
 #include <vector>
+
+#include "reportengine/results/guarded_source.h"
 
 #include "ui/form.h"
 
@@ -23,6 +26,11 @@ class QtDialogHost : public ui::DialogHost {
   std::function<void(EditorWindow&)> on_editor_shown;
   // Called when a dialog is shown, before its modal loop (tests).
   std::function<void(ModelDialog&)> on_dialog_shown;
+
+  // The editor's database: the window shows the rows of the profile on
+  // screen and the advanced filter dialog can test its statement. Without
+  // one neither is offered.
+  std::optional<reportengine::EditorDatabase> database;
 
   // The editor window now open, innermost last.
   const std::vector<EditorWindow*>& OpenEditors() const { return editors_; }

@@ -1,7 +1,12 @@
 #pragma once
 // The item delegate of the editor's lists: rows a few pixels taller than
 // Qt's tightest, so checks and text are easy to hit and read.
+#include <QAbstractItemView>
+#include <QHelpEvent>
+#include <QPainter>
 #include <QStyledItemDelegate>
+#include <QToolTip>
+#include <functional>
 
 namespace cvve::gui {
 
@@ -15,6 +20,35 @@ class RowDelegate : public QStyledItemDelegate {
     QSize size = QStyledItemDelegate::sizeHint(option, index);
     size.rheight() += kExtraHeight;
     return size;
+  }
+
+  // A cell to draw attention to, and why (the tool tip); "" for none. The
+  // window marks a filter value that makes the statement fail this way.
+  std::function<QString(const QModelIndex&)> mark;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    QStyledItemDelegate::paint(painter, option, index);
+    PaintMark(painter, option, index);
+  }
+
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override {
+    const QString why = mark ? mark(index) : QString();
+    if (why.isEmpty()) return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), why, view);
+    return true;
+  }
+
+ protected:
+  void PaintMark(QPainter* painter, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) const {
+    if (!mark || mark(index).isEmpty()) return;
+    painter->save();
+    painter->setPen(QPen(QColor(0xC0, 0x10, 0x10), 2));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRect(option.rect.adjusted(1, 1, -1, -1));
+    painter->restore();
   }
 };
 

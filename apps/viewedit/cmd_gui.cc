@@ -20,6 +20,7 @@
 #include "gui/editor_window.h"
 #include "gui/qt_screen.h"
 #include "reportengine/qt_report_engine.h"
+#include "reportengine/results/guarded_source.h"
 #endif
 
 namespace viewedit {
@@ -124,10 +125,12 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
   QApplication::setApplicationName("cvViewEdit");
 
   cvve::reportengine::EngineSettings engine;
-  engine.database = options.database;
-  engine.user_where = options.user_where;
-  engine.limits = cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit);
+  const cvve::reportengine::EditorDatabase database = ResolveEditorDatabase(options);
+  engine.database = database.url;
+  engine.user_where = database.user_where;
+  engine.limits = database.limits;
   cvve::gui::QtScreen screen(std::make_unique<cvve::reportengine::QtReportEngine>(engine));
+  screen.qt_dialogs().database = database;
   cvve::EditorEnvironment env{host, screen.prompter(), screen.dialogs(), screen.reports()};
 
   int code = 0;
@@ -190,6 +193,7 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
 
 void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
   AddScreenshotOption(app);
+  AddReportDatabaseOptions(app, options);
   app.footer(
       "Without a sub-command viewedit opens the account views, as `viewedit acct` does. The "
       "editor window needs a display: without one run it as `xvfb-run viewedit`, or drive the "
@@ -210,6 +214,7 @@ void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
   for (const auto& view : kViews) {
     CLI::App* command = app.add_subcommand(view.name, view.help);
     AddHostOptions(*command, options);
+    AddReportDatabaseOptions(*command, options);
     AddScreenshotOption(*command);
     const EntryMethod method = view.method;
     command->callback([method, &options] {
@@ -223,6 +228,7 @@ void RegisterGuiCommands(CLI::App& app, HostOptions& options) {
       "Edit the views of any file set: VIEWS DEFAULTS SETUP, file names in the views "
       "folder");
   AddHostOptions(*edit, options);
+  AddReportDatabaseOptions(*edit, options);
   AddScreenshotOption(*edit);
   edit->add_option("FILES", *files, "The views, defaults and setup file")->expected(3)->required();
   edit->callback([files, &options] {

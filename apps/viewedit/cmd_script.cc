@@ -11,10 +11,8 @@
 #include "script/script_runner.h"
 
 #if CVVE_WITH_QT
-#include <QGuiApplication>
-#include <cstdlib>
-
 #include "reportengine/qt_report_engine.h"
+#include "reportengine/results/guarded_source.h"
 #endif
 
 namespace viewedit {
@@ -38,21 +36,13 @@ class LazyPreviewEngine : public cvve::ReportEngine {
  private:
   cvve::ReportEngine& Engine() {
     if (!engine_) {
-      if (QCoreApplication::instance() == nullptr) {
-        // Laying out pages needs fonts, which the offscreen platform has.
-        if (std::getenv("QT_QPA_PLATFORM") == nullptr) setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        app_ = std::make_unique<QGuiApplication>(argc_, argv_);
-      }
+      EnsureHeadlessQt();
       engine_ = std::make_unique<cvve::reportengine::HeadlessReportEngine>(settings_);
     }
     return *engine_;
   }
 
   cvve::reportengine::EngineSettings settings_;
-  int argc_ = 1;
-  char name_[9] = "viewedit";
-  char* argv_[2] = {name_, nullptr};
-  std::unique_ptr<QGuiApplication> app_;
   std::unique_ptr<cvve::reportengine::HeadlessReportEngine> engine_;
 };
 #endif
@@ -80,7 +70,8 @@ int RunScript(const ScriptArguments& args, const HostOptions& options) {
   LazyPreviewEngine reports(
       {options.database, options.user_where,
        cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit)});
-  cvve::script::ScriptRunner runner(host, std::cout, &reports);
+  LazyRowsSource rows(options);
+  cvve::script::ScriptRunner runner(host, std::cout, &reports, &rows);
 #else
   cvve::script::ScriptRunner runner(host, std::cout);
 #endif

@@ -5,9 +5,19 @@
 #include <CLI/CLI.hpp>
 
 #include "host/host_services.h"
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "results/results.h"
+
+#if CVVE_WITH_QT
+namespace cvve::reportengine {
+struct EditorDatabase;
+class GuardedSource;
+}  // namespace cvve::reportengine
+#endif
 
 namespace viewedit {
 
@@ -16,7 +26,7 @@ struct HostOptions {
   std::string views_folder;    // --views-folder, default: the demo data
   std::string reports_folder;  // --reports-folder, default: the views folder
   std::string users;           // --users a,b,c (default: users.txt of the views folder)
-  std::string database;        // --database URL for reports
+  std::string database;        // --database URL for reports and the editor's rows
   std::string user_where = "1=1";  // --user-where: the current user's %USERWHERE% condition
   std::optional<double> timeout_seconds;  // --timeout: of each report statement
   std::optional<long long> row_limit;     // --row-limit: of each report statement
@@ -30,8 +40,29 @@ cvve::DefaultHostServices MakeHost(const HostOptions& options);
 // Adds --views-folder, --reports-folder and --users to a (sub-)command.
 void AddHostOptions(CLI::App& command, HostOptions& options);
 // Adds --database, --user-where, --timeout and --row-limit, for commands
-// that run reports.
+// that run reports or open the editor (which shows the rows of a profile).
 void AddReportDatabaseOptions(CLI::App& command, HostOptions& options);
+
+#if CVVE_WITH_QT
+// Makes the (offscreen) Qt application object when there is none. (headless_qt.cc)
+void EnsureHeadlessQt();
+// The editor's database the options name: --database, else the settings
+// file's, else the demo database; with --user-where and the limits.
+cvve::reportengine::EditorDatabase ResolveEditorDatabase(const HostOptions& options);
+
+// The editor's database for headless commands, opened on the first run.
+class LazyRowsSource : public cvve::results::Source {
+ public:
+  explicit LazyRowsSource(const HostOptions& options);
+  ~LazyRowsSource() override;
+  cvve::results::Table Run(const std::string& view_sql, const std::vector<std::string>& formats,
+                           std::size_t keep_rows) override;
+
+ private:
+  const HostOptions& options_;
+  std::unique_ptr<cvve::reportengine::GuardedSource> source_;
+};
+#endif
 
 // Opens the editor window on a file set (files: VIEWS DEFAULTS SETUP for
 // kEdit) and returns the exit code; without a display it says how to run it
@@ -46,6 +77,8 @@ void RegisterGuiCommands(CLI::App& app, HostOptions& options);
 void RegisterScriptCommand(CLI::App& app, HostOptions& options);
 // sql [--profile NAME] FILESET... (cmd_sql.cc)
 void RegisterSqlCommand(CLI::App& app, HostOptions& options);
+// list FILESET [--profile NAME] [--limit N] [--csv|--json] (cmd_list.cc)
+void RegisterListCommand(CLI::App& app, HostOptions& options);
 // report [FILE.cvr ...] (cmd_report.cc): without a file it opens the editor in
 // report mode through OpenEditor; and demo-db (cmd_demo_db.cc)
 void RegisterReportCommands(CLI::App& app, HostOptions& options);

@@ -45,7 +45,7 @@ void AddHostOptions(CLI::App& command, HostOptions& options) {
 
 void AddReportDatabaseOptions(CLI::App& command, HostOptions& options) {
   command.add_option("--database", options.database,
-                     "The database reports run on: an SQLite file (or sqlite:///PATH) or "
+                     "The database reports and the editor's results run on: an SQLite file (or sqlite:///PATH) or "
                      "postgresql://USER@HOST:PORT/DB with the password in ~/.pgpass (default: "
                      "[database] url of the settings file, else the demo database, made on "
                      "first use in the cache folder)");

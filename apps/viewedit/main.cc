@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
   viewedit::RegisterGuiCommands(app, options);
   viewedit::RegisterScriptCommand(app, options);
   viewedit::RegisterSqlCommand(app, options);
+  viewedit::RegisterListCommand(app, options);
   viewedit::RegisterReportCommands(app, options);
   // A sub-command takes its parent's footer when it is made; its help says
   // only its own.

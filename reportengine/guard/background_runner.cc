@@ -104,6 +104,10 @@ bool BackgroundRunner::Launch(std::function<long long(GuardedConnection&)> work)
                        : e.kind() == GuardError::Kind::kTimeout ? RunOutcome::Status::kTimeout
                                                                  : RunOutcome::Status::kRowLimit;
       outcome.error = e.what();
+    } catch (const StatementError& e) {
+      outcome.status = RunOutcome::Status::kFailed;
+      outcome.error = e.what();
+      outcome.error_position = e.position();
     } catch (const std::exception& e) {
       outcome.status = RunOutcome::Status::kFailed;
       outcome.error = e.what();

@@ -39,6 +39,7 @@ struct RunOutcome {
   long long rows = 0;     // rows delivered
   std::string error;      // the message when not kDone (the database's own where it failed)
   long long elapsed_ms = 0;
+  long long error_position = -1;  // kFailed: the byte in the statement the database pointed at
 
   bool Ok() const { return status == Status::kDone; }
 };

@@ -33,6 +33,17 @@ constexpr int kGeneratorVersion = 1;
 constexpr const char* kReadOnlyTransaction = "25006";
 constexpr const char* kQueryCanceled = "57014";
 
+// PostgreSQL counts characters; the byte offset of the `characters`-th one.
+long long ByteOffset(const std::string& text, long long characters) {
+  if (characters < 0) return -1;
+  std::size_t at = 0;
+  for (long long seen = 0; at < text.size(); ++at) {
+    if ((static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) continue;
+    if (seen++ == characters) return static_cast<long long>(at);
+  }
+  return static_cast<long long>(at);
+}
+
 QString NextConnectionName() {
   static std::atomic<int> counter{0};
   return QStringLiteral("cvreport-%1").arg(++counter);
@@ -301,9 +312,10 @@ std::string GuardedConnection::CheckSqlite(const std::string& statement) {
   const std::string refusal = sqlite_->TakeRefusal();
   if (rc != SQLITE_OK) {
     const std::string message = sqlite3_errmsg(handle);
+    const int offset = sqlite3_error_offset(handle);
     sqlite3_finalize(prepared);
     if (!refusal.empty()) throw GuardError(GuardError::Kind::kRefused, OnlyReads(refusal));
-    throw Error(message);
+    throw StatementError(message, offset);
   }
   if (prepared == nullptr) throw Error("the statement is empty");
   const bool reads = sqlite3_stmt_readonly(prepared) != 0;
@@ -344,11 +356,16 @@ void GuardedConnection::CheckPostgres(const std::string& statement) {
     message.pop_back();
   const char* sqlstate = ok ? nullptr : PQresultErrorField(parsed, PG_DIAG_SQLSTATE);
   const std::string code = sqlstate ? sqlstate : "";
+  const char* position = ok ? nullptr : PQresultErrorField(parsed, PG_DIAG_STATEMENT_POSITION);
+  const long long offset = position ? ByteOffset(statement, std::atoll(position) - 1) : -1;
   PQclear(parsed);
   if (!ok) {
     if (message.find("multiple commands") != std::string::npos) {
       throw GuardError(GuardError::Kind::kRefused,
                        OnlyReads("a second statement (" + message + ")"));
+    }
+    if (offset >= 0 && code != kQueryCanceled && code != kReadOnlyTransaction) {
+      throw StatementError(message, offset);
     }
     Fail(QString::fromStdString(code), message);
   }

@@ -54,6 +54,19 @@ class GuardError : public Error {
   Kind kind_;
 };
 
+// The database refused the statement as written (a syntax error, an unknown
+// column); `position` is the byte offset in the statement it pointed at, or
+// -1 when it named none.
+class StatementError : public Error {
+ public:
+  StatementError(const std::string& message, long long position)
+      : Error(message), position_(position) {}
+  long long position() const { return position_; }
+
+ private:
+  long long position_;
+};
+
 class GuardedConnection;
 
 // The rows of one running statement. Reading past the row limit, past the

@@ -7,26 +7,12 @@
 #include "base/error.h"
 #include "component/frm_acct_view_edit.h"
 #include "profiles/views_tree.h"
+#include "query/quiet_prompts.h"
 #include "query/sql_builder.h"
-#include "ui/headless_prompter.h"
 
 namespace cvve {
 
 namespace {
-
-// Routes the editor's messages to a silent prompter for as long as it lives.
-class QuietPrompts {
- public:
-  explicit QuietPrompts(frmAcctViewEdit& ed) : ed_(ed) { ed_.SetPrompterOverride(&quiet_); }
-  ~QuietPrompts() { ed_.SetPrompterOverride(nullptr); }
-  QuietPrompts(const QuietPrompts&) = delete;
-  QuietPrompts& operator=(const QuietPrompts&) = delete;
-  const std::vector<ui::ShownPrompt>& Shown() const { return quiet_.Shown(); }
-
- private:
-  frmAcctViewEdit& ed_;
-  ui::HeadlessPrompter quiet_;
-};
 
 std::string Line(const std::string& label, const std::function<std::string()>& build) {
   try {

@@ -19,6 +19,7 @@
 #include "filters/value_editors.h"
 #include "host/host_services.h"
 #include "query/sql_builder.h"
+#include "results/results.h"
 #include "script/editor_state.h"
 #include "script/preview_recorder.h"
 #include "script/script_line.h"
@@ -161,12 +162,16 @@ std::optional<int> ParseIndex(const std::string& text) {
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
+// The rows `results` prints unless told otherwise: as many as the window shows.
+constexpr std::size_t kShownRows = 200;
+
 }  // namespace
 
 struct ScriptRunner::Impl {
-  Impl(HostServices& h, std::ostream& o, ReportEngine* reports)
+  Impl(HostServices& h, std::ostream& o, ReportEngine* reports, results::Source* rows)
       : host(h),
         out(o),
+        rows_source(rows),
         recorder(reports ? std::make_unique<PreviewRecorder>(*reports) : nullptr),
         env{h, prompter, dialogs, recorder.get()},
         component(env) {
@@ -177,6 +182,7 @@ struct ScriptRunner::Impl {
 
   HostServices& host;
   std::ostream& out;
+  results::Source* rows_source;  // the editor's database, if any
   ScriptPrompter prompter;
   ui::HeadlessDialogHost dialogs;
   std::unique_ptr<PreviewRecorder> recorder;  // in front of the report engine, if any
@@ -298,6 +304,7 @@ struct ScriptRunner::Impl {
         {"type", &Impl::Type},         {"choose", &Impl::Choose},    {"key", &Impl::Key},
         {"set", &Impl::Set},           {"state", &Impl::State},      {"messages", &Impl::Messages},
         {"file", &Impl::File},         {"sql", &Impl::Sql},          {"expect", &Impl::Expect},
+        {"results", &Impl::Results},
     };
     auto it = kCommands.find(line.command);
     if (it == kCommands.end()) throw Bad("unknown command " + Quoted(line.command));
@@ -860,6 +867,22 @@ struct ScriptRunner::Impl {
     out << result.dump(2) << "\n";
   }
 
+  // The rows the profile on screen selects, as the window's results show
+  // them: the first LIMIT (default 200) and the count of all.
+  void Results(Args& args) {
+    std::size_t keep = kShownRows;
+    if (!args.Empty()) {
+      const std::string word = args.Word("LIMIT");
+      const std::optional<int> limit = ParseIndex("#" + word);
+      if (!limit) throw Bad("LIMIT must be a number of rows, not " + Quoted(word));
+      keep = static_cast<std::size_t>(*limit);
+    }
+    args.End();
+    if (!rows_source) throw Bad("there is no database to run the statement on");
+    frmAcctViewEdit& ed = AnyEditor();
+    out << results::ToJson(results::RunProfile(ed, *rows_source, keep)).dump(2) << "\n";
+  }
+
   void Expect(Args& args) {
     const std::string pointer = args.Word("JSON-POINTER");
     // The folders differ from machine to machine; scripts name them so.
@@ -889,8 +912,9 @@ struct ScriptRunner::Impl {
   }
 };
 
-ScriptRunner::ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* reports)
-    : impl_(std::make_unique<Impl>(host, out, reports)) {}
+ScriptRunner::ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* reports,
+                           results::Source* rows)
+    : impl_(std::make_unique<Impl>(host, out, reports, rows)) {}
 
 ScriptRunner::~ScriptRunner() = default;
 

@@ -17,6 +17,9 @@ class frmAcctViewEdit;
 namespace ui {
 class HeadlessPrompter;
 }
+namespace results {
+class Source;
+}
 }  // namespace cvve
 
 namespace cvve::script {
@@ -36,8 +39,10 @@ class ScriptError : public std::runtime_error {
 class ScriptRunner {
  public:
   // `host` must outlive the runner. Printed output goes to `out`. Without a
-  // report engine a preview shows nothing.
-  ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* reports = nullptr);
+  // report engine a preview shows nothing; without a source of rows
+  // `results` fails.
+  ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* reports = nullptr,
+               results::Source* rows = nullptr);
   ~ScriptRunner();
   ScriptRunner(const ScriptRunner&) = delete;
   ScriptRunner& operator=(const ScriptRunner&) = delete;

@@ -1,0 +1,42 @@
+#pragma once
+// The editor's database for the rows of the profile on screen: the same
+// guarded, read-only, bounded connection the reports use, and the same
+// preparation of the statement (%USERWHERE%, "CQ:", dates in hash marks).
+#include <QVariant>
+#include <memory>
+#include <string>
+
+#include "reportengine/guard/limits.h"
+#include "results/results.h"
+
+namespace cvve::reportengine {
+
+class GuardedConnection;
+
+struct EditorDatabase {
+  std::string url;         // as GuardedConnection takes it
+  std::string user_where;  // %USERWHERE%; "" stands for "1=1"
+  QueryLimits limits;
+};
+
+// The statement that runs for a view statement: PrepareStatement's.
+std::string RunnableStatement(const std::string& view_sql, const std::string& user_where);
+
+// A database value as the results keep it.
+results::Cell CellOf(const QVariant& value);
+
+// Runs on the calling thread (headless commands and scripts); the connection
+// opens on the first run and stays open.
+class GuardedSource : public results::Source {
+ public:
+  explicit GuardedSource(EditorDatabase database);
+  ~GuardedSource() override;
+  results::Table Run(const std::string& view_sql, const std::vector<std::string>& formats,
+                     std::size_t keep_rows) override;
+
+ private:
+  EditorDatabase database_;
+  std::unique_ptr<GuardedConnection> connection_;
+};
+
+}  // namespace cvve::reportengine
