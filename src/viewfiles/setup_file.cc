@@ -87,15 +87,23 @@ std::string ColumnPath(frmAcctViewEdit& ed, const std::string& sColumnName) {
   return "./" + DataSetPath(ed.cmbDataSet.Text()) + "/Columns/Column[Name='" + sColumnName + "']";
 }
 
+// The column's definition through the data set's index; a name with an
+// apostrophe changes the expression itself, so it goes through the
+// expression, which with `fail` throws when it does not compile.
+XmlNode FindColumn(frmAcctViewEdit& ed, const std::string& sColumnName, bool fail) {
+  const std::string& data_set = ed.cmbDataSet.Text();
+  if (data_set.find('\'') != std::string::npos || sColumnName.find('\'') != std::string::npos) {
+    const std::string path = ColumnPath(ed, sColumnName);
+    return fail ? SelectSingleNodeOrFail(ed.SetupDoc.Root(), path)
+                : SelectSingleNode(ed.SetupDoc.Root(), path);
+  }
+  return ed.SetupColumns().Find(ed.SetupDoc, data_set, sColumnName);
+}
+
 }  // namespace
 
 XmlNode SelectColumn(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  const std::string& data_set = ed.cmbDataSet.Text();
-  // An apostrophe in either name changes the expression itself.
-  if (data_set.find('\'') != std::string::npos || sColumnName.find('\'') != std::string::npos) {
-    return SelectSingleNode(ed.SetupDoc.Root(), ColumnPath(ed, sColumnName));
-  }
-  return ed.SetupColumns().Find(ed.SetupDoc, data_set, sColumnName);
+  return FindColumn(ed, sColumnName, false);
 }
 
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,
@@ -132,7 +140,7 @@ void WriteProfileColumns(frmAcctViewEdit& ed) {
   // the record is touched (it would otherwise vanish from the profile unnoticed).
   std::vector<XmlNode> definitions;
   for (const std::string& name : ed.lstUsedColumns.Items()) {
-    definitions.push_back(SelectSingleNodeOrFail(ed.SetupDoc.Root(), ColumnPath(ed, name)));
+    definitions.push_back(FindColumn(ed, name, true));
   }
   DocumentCursor& views = ed.ViewsDoc;
   views.SetCurrentNode(profile);
