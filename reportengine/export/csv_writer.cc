@@ -58,6 +58,16 @@ void WriteDisplay(const ReportDefinition& def, const ReportData& data, std::ostr
   }
 }
 
+// A spreadsheet opening the file runs a text cell that starts like a formula
+// (=HYPERLINK(...), +cmd|...), and these texts are typed by dealership staff
+// and customers. An apostrophe in front makes the spreadsheet keep it as
+// text. Numbers are written plainly and never take this path.
+QString GuardedText(const QString& text) {
+  static const QString kFormulaStart = QStringLiteral("=+-@\t\r");
+  if (!text.isEmpty() && kFormulaStart.contains(text.front())) return u'\'' + text;
+  return text;
+}
+
 QString ValueText(const SheetCell& cell) {
   switch (cell.type) {
     case SheetCell::Type::kNumber:
@@ -65,7 +75,7 @@ QString ValueText(const SheetCell& cell) {
     case SheetCell::Type::kDate:
       return cell.date.toString(Qt::ISODate);
     case SheetCell::Type::kText:
-      return cell.text;
+      return GuardedText(cell.text);
     case SheetCell::Type::kEmpty:
       break;
   }

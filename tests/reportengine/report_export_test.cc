@@ -77,6 +77,30 @@ TEST(ReportExportTest, CsvValuesAndDisplayForms) {
             0u);
 }
 
+// Text that a spreadsheet would run as a formula is kept as text in the
+// values form; numbers, even negative ones, and the display form are not
+// touched.
+TEST(ReportExportTest, FormulaLikeTextIsKeptAsText) {
+  TempFolder folder;
+  CvrShape shape;
+  shape.name = "Formulas";
+  shape.statement =
+      R"("CQ:SELECT '=HYPERLINK(""http://x"")', -3 UNION ALL SELECT '+1', 2 )"
+      R"(UNION ALL SELECT '-a', 1 UNION ALL SELECT '@SUM(A1)', 0 UNION ALL SELECT 'a=b', 5")";
+  shape.columns = {{"Note", "X.A", "String"}, {"Days", "X.B", "Integer", "Right"}};
+  const Output out = Produce(shape, folder);
+  EXPECT_EQ(Csv(out, CsvForm::kValues), std::string(kBom) +
+                                            "Note,Days\r\n"
+                                            "\"'=HYPERLINK(\"\"http://x\"\")\",-3\r\n"
+                                            "'+1,2\r\n"
+                                            "'-a,1\r\n"
+                                            "'@SUM(A1),0\r\n"
+                                            "a=b,5\r\n");
+  EXPECT_EQ(Csv(out, CsvForm::kDisplay)
+                .rfind("Note,Days\r\n\"=HYPERLINK(\"\"http://x\"\")\",-3\r\n+1,2\r\n", 0),
+            0u);
+}
+
 TEST(ReportExportTest, DisplayTextReadsBackAsItsValue) {
   using Type = SheetCell::Type;
   const struct {
