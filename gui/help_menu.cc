@@ -1,6 +1,7 @@
 #include "gui/help_menu.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -15,10 +16,6 @@
 #include <QVBoxLayout>
 
 #include "gui/about_box.h"
-
-#ifndef CVVE_DOCS_DIR
-#define CVVE_DOCS_DIR ""
-#endif
 
 namespace cvve::gui {
 
@@ -45,7 +42,21 @@ const std::vector<std::pair<QString, QString>>& KeyboardShortcuts() {
   return keys;
 }
 
-QString DocumentationFolder() { return QStringLiteral(CVVE_DOCS_DIR); }
+QString DocumentationFolder() {
+  // An installed program finds the manual beside it (a moved prefix too),
+  // then where it was installed to; one run from its build folder, the
+  // source tree's.
+  const QString candidates[] = {
+      QDir(QCoreApplication::applicationDirPath())
+          .absoluteFilePath(QStringLiteral("../" CVVE_INSTALLED_DOCS_RELATIVE)),
+      QStringLiteral(CVVE_INSTALLED_DOCS_DIR),
+      QStringLiteral(CVVE_SOURCE_DOCS_DIR),
+  };
+  for (const QString& folder : candidates) {
+    if (QFileInfo::exists(QDir(folder).filePath("window.md"))) return QDir::cleanPath(folder);
+  }
+  return QString();
+}
 
 namespace {
 

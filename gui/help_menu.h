@@ -16,7 +16,8 @@ const std::vector<std::pair<QString, QString>>& KeyboardShortcuts();
 // A menu bar with the Help menu, for the window's layout to place on top.
 QMenuBar* CreateHelpMenuBar(QWidget* window);
 
-// The folder of the documentation this build was made with.
+// The folder of the documentation: the installed manual, else the source
+// tree's for a build run in place; empty when neither is there.
 QString DocumentationFolder();
 
 }  // namespace cvve::gui
