@@ -81,7 +81,7 @@ ResultsPane::ResultsPane(reportengine::EditorDatabase database, QWidget* parent)
   error_->setReadOnly(true);
   error_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   error_->setFocusPolicy(Qt::ClickFocus);
-  error_->setVisible(false);
+  ShowErrorText(false);
   body->addWidget(error_);
   layout->addWidget(body_);
 
@@ -149,7 +149,7 @@ void ResultsPane::ShowProblem(const QString& problem) {
   table_->setColumnCount(0);
   status_->setText("No rows: the statement cannot be built");
   error_->setPlainText(problem);
-  error_->setVisible(!problem.isEmpty());
+  ShowErrorText(!problem.isEmpty());
 }
 
 void ResultsPane::Want(Request request) {
@@ -186,6 +186,13 @@ void ResultsPane::StartPending() {
     runner_->Start(running_.text, kShownRows);
   }
   busy_.start();
+}
+
+// The message takes the table's place: in a low pane an empty table above
+// it would push it out of sight.
+void ResultsPane::ShowErrorText(bool shown) {
+  error_->setVisible(shown);
+  table_->setVisible(!shown);
 }
 
 void ResultsPane::ShowBusy() {
@@ -252,7 +259,7 @@ void ResultsPane::OnFinished(const RunOutcome& finished) {
     ran_statement_.clear();
     error_position_ = -1;
     error_message_.clear();
-    error_->setVisible(false);
+    ShowErrorText(false);
     if (on_finished) on_finished();
     return;
   }
@@ -271,7 +278,7 @@ void ResultsPane::OnFinished(const RunOutcome& finished) {
   if (outcome.Ok()) {
     error_position_ = -1;
     error_message_.clear();
-    error_->setVisible(false);
+    ShowErrorText(false);
     table_->resizeColumnsToContents();
     QString text = CountText(outcome.rows);
     if (outcome.rows > shown_rows_) text += QStringLiteral(" (the first %1 shown)").arg(shown_rows_);
@@ -283,7 +290,7 @@ void ResultsPane::OnFinished(const RunOutcome& finished) {
     status_->setText(QStringLiteral("The database refused the statement · %1 ms")
                          .arg(outcome.elapsed_ms));
     error_->setPlainText(ErrorText(outcome.error, ran_statement_, outcome.error_position));
-    error_->setVisible(true);
+    ShowErrorText(true);
   }
   if (on_finished) on_finished();
   if (!wanted_.text.empty() && wanted_.text != shown_) StartPending();

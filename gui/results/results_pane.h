@@ -79,6 +79,7 @@ class ResultsPane : public QGroupBox {
   void OnRows(const QList<QVariantList>& rows);
   void OnFinished(const reportengine::RunOutcome& outcome);
   void ShowBusy();
+  void ShowErrorText(bool shown);
 
   reportengine::EditorDatabase database_;
   std::unique_ptr<reportengine::BackgroundRunner> runner_;
