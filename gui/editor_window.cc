@@ -725,6 +725,14 @@ void EditorWindow::ShowResults(const reportengine::EditorDatabase& database) {
 
 void EditorWindow::UpdateResults() {
   if (!results_) return;
+  if (ed_.InReportMode()) {
+    try {
+      results_->ShowReport(results::ReportDefinition(ed_), {});
+    } catch (const std::exception& e) {
+      results_->ShowReport({}, Q(Describe(e)));
+    }
+    return;
+  }
   std::string view_sql;
   QString problem;
   QStringList names;

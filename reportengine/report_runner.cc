@@ -88,13 +88,24 @@ class Runner {
                                      "\nThe statement was: " + statement);
     } catch (const Cancelled&) {
       throw;
+    } catch (const StatementError& e) {
+      if (reading) throw Error(Reading(element, e.what()));
+      // The place the database named stays known, with the statement it is in.
+      throw StatementError(Failed(element, statement, e.what()), e.position(), statement,
+                           e.what());
     } catch (const Error& e) {
-      if (reading) {
-        throw Error(def_.source + ": reading the rows of the " + element + " failed: " + e.what());
-      }
-      throw Error(def_.source + ": the " + element + " failed on " + db_->Description() + ": " +
-                  e.what() + "\nThe statement was: " + statement);
+      if (reading) throw Error(Reading(element, e.what()));
+      throw Error(Failed(element, statement, e.what()));
     }
+  }
+
+  std::string Reading(const char* element, const char* reason) const {
+    return def_.source + ": reading the rows of the " + element + " failed: " + reason;
+  }
+
+  std::string Failed(const char* element, const std::string& statement, const char* reason) const {
+    return def_.source + ": the " + element + " failed on " + db_->Description() + ": " + reason +
+           "\nThe statement was: " + statement;
   }
 
   GuardedQuery Execute(const std::string& statement, const char* element) {

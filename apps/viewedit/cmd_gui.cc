@@ -44,10 +44,20 @@ std::string& ScreenshotNode() {
   return node;
 }
 
+// How long after the window shows the grab is taken: long enough for the
+// layout to settle, or for the results pane to show what it ran.
+int& ScreenshotDelay() {
+  static int milliseconds = 400;
+  return milliseconds;
+}
+
 void AddScreenshotOption(CLI::App& command) {
   command.add_option("--screenshot", ScreenshotPath(), "Save the window as PNG and close it")
       ->group("");
   command.add_option("--screenshot-select", ScreenshotNode(), "Select this node first")->group("");
+  command.add_option("--screenshot-delay", ScreenshotDelay(), "Milliseconds before the grab")
+      ->check(CLI::Range(0, 600000))
+      ->group("");
 }
 
 [[maybe_unused]] const char* EntryName(EntryMethod method) {
@@ -147,7 +157,7 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
         });
       }
       // Let the layout settle and paint before the grab.
-      QTimer::singleShot(400, &window, [&window, screenshot, &code] {
+      QTimer::singleShot(ScreenshotDelay(), &window, [&window, screenshot, &code] {
         if (!window.grab().save(QString::fromStdString(screenshot), "PNG")) {
           std::cerr << "viewedit: cannot write the screenshot " << screenshot << "\n";
           code = kFailed;

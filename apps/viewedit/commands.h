@@ -57,8 +57,11 @@ class LazyRowsSource : public cvve::results::Source {
   ~LazyRowsSource() override;
   cvve::results::Table Run(const std::string& view_sql, const std::vector<std::string>& formats,
                            std::size_t keep_rows) override;
+  cvve::results::Table RunReport(const std::string& definition, std::size_t keep_rows) override;
 
  private:
+  cvve::reportengine::GuardedSource& Opened();
+
   const HostOptions& options_;
   std::unique_ptr<cvve::reportengine::GuardedSource> source_;
 };

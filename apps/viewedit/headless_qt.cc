@@ -31,11 +31,20 @@ cvve::reportengine::EditorDatabase ResolveEditorDatabase(const HostOptions& opti
 cvve::results::Table LazyRowsSource::Run(const std::string& view_sql,
                                          const std::vector<std::string>& formats,
                                          std::size_t keep_rows) {
+  return Opened().Run(view_sql, formats, keep_rows);
+}
+
+cvve::results::Table LazyRowsSource::RunReport(const std::string& definition,
+                                               std::size_t keep_rows) {
+  return Opened().RunReport(definition, keep_rows);
+}
+
+cvve::reportengine::GuardedSource& LazyRowsSource::Opened() {
   if (!source_) {
     EnsureHeadlessQt();
     source_ = std::make_unique<cvve::reportengine::GuardedSource>(ResolveEditorDatabase(options_));
   }
-  return source_->Run(view_sql, formats, keep_rows);
+  return *source_;
 }
 
 LazyRowsSource::LazyRowsSource(const HostOptions& options) : options_(options) {}

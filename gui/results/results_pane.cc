@@ -10,6 +10,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "base/error.h"
+#include "reportengine/guard/guarded_connection.h"
 #include "reportengine/value_format.h"
 #include "results/results.h"
 
@@ -79,7 +81,7 @@ ResultsPane::ResultsPane(reportengine::EditorDatabase database, QWidget* parent)
   error_->setReadOnly(true);
   error_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   error_->setFocusPolicy(Qt::ClickFocus);
-  error_->setVisible(false);
+  ShowErrorText(false);
   body->addWidget(error_);
   layout->addWidget(body_);
 
@@ -120,42 +122,77 @@ void ResultsPane::SetCollapsed(bool collapsed) {
 void ResultsPane::Show(const std::string& view_sql, const QString& problem,
                        const QStringList& names, const std::vector<std::string>& formats) {
   if (view_sql.empty()) {
-    debounce_.stop();
-    wanted_.clear();
-    if (runner_->Running()) runner_->Cancel();
-    ran_statement_.clear();
-    error_position_ = -1;
-    error_message_ = problem;
-    table_->clear();
-    table_->setRowCount(0);
-    table_->setColumnCount(0);
-    status_->setText("No rows: the statement cannot be built");
-    error_->setPlainText(problem);
-    error_->setVisible(!problem.isEmpty());
+    ShowProblem(problem);
     return;
   }
-  const std::string statement = reportengine::RunnableStatement(view_sql, database_.user_where);
-  if (statement == wanted_ && (statement == running_ || statement == ran_statement_)) return;
-  wanted_ = statement;
-  wanted_names_ = names;
-  wanted_formats_ = formats;
+  Want({reportengine::RunnableStatement(view_sql, database_.user_where), false, names, formats});
+}
+
+void ResultsPane::ShowReport(const std::string& definition, const QString& problem) {
+  if (definition.empty()) {
+    ShowProblem(problem);
+    return;
+  }
+  Want({definition, true, {}, {}});
+}
+
+void ResultsPane::ShowProblem(const QString& problem) {
+  debounce_.stop();
+  wanted_ = {};
+  if (runner_->Running()) runner_->Cancel();
+  shown_.clear();
+  ran_statement_.clear();
+  error_position_ = -1;
+  error_message_ = problem;
+  table_->clear();
+  table_->setRowCount(0);
+  table_->setColumnCount(0);
+  status_->setText("No rows: the statement cannot be built");
+  error_->setPlainText(problem);
+  ShowErrorText(!problem.isEmpty());
+}
+
+void ResultsPane::Want(Request request) {
+  if (request.text == wanted_.text && request.report == wanted_.report &&
+      (request.text == running_.text || request.text == shown_)) {
+    return;
+  }
+  wanted_ = std::move(request);
   debounce_.start();
 }
 
 void ResultsPane::StartPending() {
-  if (wanted_.empty() || wanted_ == running_) return;
+  if (wanted_.text.empty() || wanted_.text == running_.text) return;
   if (runner_->Running()) {
-    // The newer statement starts once this one has stopped.
+    // The newer one starts once this one has stopped.
     runner_->Cancel();
     return;
   }
   running_ = wanted_;
-  running_names_ = wanted_names_;
-  running_formats_ = wanted_formats_;
   shown_rows_ = 0;
   table_->setRowCount(0);
-  runner_->Start(running_, kShownRows);
+  if (running_.report) {
+    // The report engine runs the report on the runner's connection; its
+    // rows are shown when it ends.
+    auto rows = std::make_shared<results::Table>();
+    report_rows_ = rows;
+    runner_->StartJob([definition = running_.text, user_where = database_.user_where,
+                       rows](reportengine::GuardedConnection& connection) {
+      *rows = reportengine::RunReportTable(definition, connection, user_where, kShownRows);
+      // A failure the Cancel caused then ends the run as cancelled.
+      if (!rows->error.empty()) throw Error(rows->error);
+    });
+  } else {
+    runner_->Start(running_.text, kShownRows);
+  }
   busy_.start();
+}
+
+// The message takes the table's place: in a low pane an empty table above
+// it would push it out of sight.
+void ResultsPane::ShowErrorText(bool shown) {
+  error_->setVisible(shown);
+  table_->setVisible(!shown);
 }
 
 void ResultsPane::ShowBusy() {
@@ -165,7 +202,7 @@ void ResultsPane::ShowBusy() {
 }
 
 void ResultsPane::OnColumns(const QStringList& names) {
-  const QStringList& shown = names.size() == running_names_.size() ? running_names_ : names;
+  const QStringList& shown = names.size() == running_.names.size() ? running_.names : names;
   table_->clear();
   table_->setColumnCount(static_cast<int>(shown.size()));
   table_->setHorizontalHeaderLabels(shown);
@@ -178,7 +215,7 @@ void ResultsPane::OnRows(const QList<QVariantList>& rows) {
     table_->insertRow(shown_rows_);
     for (int c = 0; c < row.size() && c < table_->columnCount(); ++c) {
       const std::size_t at = static_cast<std::size_t>(c);
-      const std::string format = at < running_formats_.size() ? running_formats_[at] : "";
+      const std::string format = at < running_.formats.size() ? running_.formats[at] : "";
       const reportengine::ValueKind kind = reportengine::KindOf(format);
       auto* item = new QTableWidgetItem(reportengine::FormatCell(row[c], kind));
       if (kind != reportengine::ValueKind::kText) {
@@ -190,28 +227,58 @@ void ResultsPane::OnRows(const QList<QVariantList>& rows) {
   }
 }
 
-void ResultsPane::OnFinished(const RunOutcome& outcome) {
+void ResultsPane::ShowReportRows(const results::Table& rows) {
+  QStringList names;
+  for (const std::string& name : rows.columns) names << QString::fromStdString(name);
+  OnColumns(names);
+  table_->setRowCount(static_cast<int>(rows.shown.size()));
+  for (std::size_t r = 0; r < rows.shown.size(); ++r) {
+    for (std::size_t c = 0; c < rows.shown[r].size() && c < rows.formats.size(); ++c) {
+      auto* item = new QTableWidgetItem(QString::fromStdString(rows.shown[r][c]));
+      if (reportengine::KindOf(rows.formats[c]) != reportengine::ValueKind::kText) {
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+      }
+      table_->setItem(static_cast<int>(r), static_cast<int>(c), item);
+    }
+  }
+  shown_rows_ = static_cast<int>(rows.shown.size());
+}
+
+void ResultsPane::OnFinished(const RunOutcome& finished) {
   busy_.stop();
   cancel_->setVisible(false);
-  const std::string ran = std::exchange(running_, std::string());
-  if (outcome.status == RunOutcome::Status::kCancelled) {
-    if (!wanted_.empty() && wanted_ != ran) {
+  const Request ran = std::exchange(running_, Request());
+  const std::shared_ptr<results::Table> report = std::exchange(report_rows_, nullptr);
+  if (finished.status == RunOutcome::Status::kCancelled) {
+    if (!wanted_.text.empty() && wanted_.text != ran.text) {
       StartPending();
       return;
     }
     status_->setText("Cancelled");
-    ran_statement_ = ran;
+    shown_ = ran.text;
+    ran_statement_.clear();
     error_position_ = -1;
     error_message_.clear();
-    error_->setVisible(false);
+    ShowErrorText(false);
     if (on_finished) on_finished();
     return;
   }
-  ran_statement_ = ran;
+  // A report's rows and its failure's place come in its table.
+  RunOutcome outcome = finished;
+  shown_ = ran.text;
+  ran_statement_ = ran.report ? std::string() : ran.text;
+  if (report && outcome.Ok()) {
+    outcome.rows = report->count;
+    ShowReportRows(*report);
+  } else if (report && !report->error.empty()) {
+    outcome.error = report->error;
+    outcome.error_position = report->error_position;
+    ran_statement_ = report->statement;
+  }
   if (outcome.Ok()) {
     error_position_ = -1;
     error_message_.clear();
-    error_->setVisible(false);
+    ShowErrorText(false);
     table_->resizeColumnsToContents();
     QString text = CountText(outcome.rows);
     if (outcome.rows > shown_rows_) text += QStringLiteral(" (the first %1 shown)").arg(shown_rows_);
@@ -222,11 +289,11 @@ void ResultsPane::OnFinished(const RunOutcome& outcome) {
     table_->setRowCount(0);
     status_->setText(QStringLiteral("The database refused the statement · %1 ms")
                          .arg(outcome.elapsed_ms));
-    error_->setPlainText(ErrorText(outcome.error, ran, outcome.error_position));
-    error_->setVisible(true);
+    error_->setPlainText(ErrorText(outcome.error, ran_statement_, outcome.error_position));
+    ShowErrorText(true);
   }
   if (on_finished) on_finished();
-  if (!wanted_.empty() && wanted_ != ran_statement_) StartPending();
+  if (!wanted_.text.empty() && wanted_.text != shown_) StartPending();
 }
 
 StatementTest::StatementTest(reportengine::EditorDatabase database, QObject* parent)

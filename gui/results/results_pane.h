@@ -41,6 +41,10 @@ class ResultsPane : public QGroupBox {
   // and formats. Runs it after the debounce unless it is the one shown.
   void Show(const std::string& view_sql, const QString& problem, const QStringList& names,
             const std::vector<std::string>& formats);
+  // In report mode: the report definition the editor would write for the
+  // profile on screen ("" when it cannot be built, with `problem` saying
+  // why). The pane shows the report's rows as the report engine runs them.
+  void ShowReport(const std::string& definition, const QString& problem);
 
   bool Busy() const;
   bool Collapsed() const;
@@ -59,11 +63,23 @@ class ResultsPane : public QGroupBox {
   std::function<void()> on_finished;
 
  private:
+  // What to run: a runnable statement, or a report definition.
+  struct Request {
+    std::string text;
+    bool report = false;
+    QStringList names;
+    std::vector<std::string> formats;
+  };
+
+  void Want(Request request);
+  void ShowProblem(const QString& problem);
   void StartPending();
+  void ShowReportRows(const results::Table& table);
   void OnColumns(const QStringList& names);
   void OnRows(const QList<QVariantList>& rows);
   void OnFinished(const reportengine::RunOutcome& outcome);
   void ShowBusy();
+  void ShowErrorText(bool shown);
 
   reportengine::EditorDatabase database_;
   std::unique_ptr<reportengine::BackgroundRunner> runner_;
@@ -76,13 +92,11 @@ class ResultsPane : public QGroupBox {
   QTableWidget* table_ = nullptr;
   QPlainTextEdit* error_ = nullptr;
 
-  std::string wanted_;        // the view statement to show
-  QStringList wanted_names_;
-  std::vector<std::string> wanted_formats_;
-  std::string running_;       // the runnable statement now running ("" none)
-  QStringList running_names_;
-  std::vector<std::string> running_formats_;
-  std::string ran_statement_; // the runnable statement shown
+  Request wanted_;             // what to show ("" none)
+  Request running_;            // what runs now ("" none)
+  std::string shown_;          // the text of the request shown
+  std::shared_ptr<results::Table> report_rows_;  // filled by a report's run
+  std::string ran_statement_;  // the statement the rows or the error belong to
   long long error_position_ = -1;
   QString error_message_;
   int shown_rows_ = 0;

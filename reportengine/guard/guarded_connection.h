@@ -29,6 +29,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "base/error.h"
 #include "reportengine/guard/limits.h"
@@ -61,10 +62,23 @@ class StatementError : public Error {
  public:
   StatementError(const std::string& message, long long position)
       : Error(message), position_(position) {}
+  // Passed on with more words around the database's own (a report's name):
+  // `statement` is the one `position` points into, `reason` the database's
+  // message alone.
+  StatementError(const std::string& message, long long position, std::string statement,
+                 std::string reason)
+      : Error(message),
+        position_(position),
+        statement_(std::move(statement)),
+        reason_(std::move(reason)) {}
   long long position() const { return position_; }
+  const std::string& statement() const { return statement_; }
+  const std::string& reason() const { return reason_; }
 
  private:
   long long position_;
+  std::string statement_;
+  std::string reason_;
 };
 
 class GuardedConnection;

@@ -25,6 +25,14 @@ std::string RunnableStatement(const std::string& view_sql, const std::string& us
 // A database value as the results keep it.
 results::Cell CellOf(const QVariant& value);
 
+// A report's rows as Source::RunReport gives them: `definition` parsed and
+// run by RunReport on `db`, the groups' rows one after another, the first
+// `keep_rows` kept and all counted. Failures come back in `error` (a refused
+// statement with its place and the statement it is in); only Cancelled is
+// thrown, so that a background run ends as cancelled.
+results::Table RunReportTable(const std::string& definition, GuardedConnection& db,
+                              const std::string& user_where, std::size_t keep_rows);
+
 // Runs on the calling thread (headless commands and scripts); the connection
 // opens on the first run and stays open.
 class GuardedSource : public results::Source {
@@ -33,8 +41,11 @@ class GuardedSource : public results::Source {
   ~GuardedSource() override;
   results::Table Run(const std::string& view_sql, const std::vector<std::string>& formats,
                      std::size_t keep_rows) override;
+  results::Table RunReport(const std::string& definition, std::size_t keep_rows) override;
 
  private:
+  GuardedConnection& Connection();
+
   EditorDatabase database_;
   std::unique_ptr<GuardedConnection> connection_;
 };

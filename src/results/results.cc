@@ -8,6 +8,8 @@
 #include "component/frm_acct_view_edit.h"
 #include "query/quiet_prompts.h"
 #include "query/sql_builder.h"
+#include "reports/report_file_writer.h"
+#include "viewfiles/document_cursor.h"
 #include "viewfiles/setup_file.h"
 
 namespace cvve::results {
@@ -48,7 +50,28 @@ std::string ViewStatement(frmAcctViewEdit& ed) {
   return statement;
 }
 
+std::string ReportDefinition(frmAcctViewEdit& ed) {
+  if (!ed.CurrentProfileNode()) throw Error("no profile is selected");
+  QuietPrompts quiet(ed);
+  DocumentCursor report;
+  const bool built = BuildReportFile(ed, report);
+  if (!quiet.Shown().empty()) throw Error(quiet.Shown().front().text);
+  if (!built) throw Error("the report cannot be built");
+  return report.ToString();
+}
+
 Table RunProfile(frmAcctViewEdit& ed, Source& source, std::size_t keep_rows) {
+  if (ed.InReportMode()) {
+    std::string definition;
+    try {
+      definition = ReportDefinition(ed);
+    } catch (const std::exception& e) {
+      Table table;
+      table.error = Describe(e);
+      return table;
+    }
+    return source.RunReport(definition, keep_rows);
+  }
   std::string statement;
   std::vector<std::string> formats;
   try {

@@ -30,6 +30,7 @@ struct Table {
   std::vector<std::vector<Cell>> rows;    // the first rows only
   std::vector<std::vector<std::string>> shown;  // the same rows in their columns' formats
   long long count = 0;                    // every row the statement selects
+  std::vector<std::string> formats;       // the columns' formats, when known
   std::string statement;                  // as it ran
   std::string error;                      // the database's message; "" when it ran
   long long error_position = -1;          // the byte of `statement` the error names
@@ -46,6 +47,11 @@ class Source {
   // and counts all. Never throws: failures come back in `error`.
   virtual Table Run(const std::string& view_sql, const std::vector<std::string>& formats,
                     std::size_t keep_rows) = 0;
+  // A report's rows: `definition` (the text of a report definition) run as
+  // the report engine runs it, in the report's columns and order, each cell
+  // as the report shows it (text). On a refused statement, `statement` is
+  // the one the database's error points into.
+  virtual Table RunReport(const std::string& definition, std::size_t keep_rows) = 0;
 };
 
 // The used columns the view statement selects, in their order (computed
@@ -59,8 +65,13 @@ std::vector<std::string> ShownFormats(frmAcctViewEdit& ed);
 // be built (no profile, no columns).
 std::string ViewStatement(frmAcctViewEdit& ed);
 
-// Runs the profile on screen; a statement that cannot be built comes back
-// as an error too.
+// The report definition the editor writes for the profile on screen (in
+// report mode), built without showing any of the builders' messages. Throws
+// cvve::Error with the reason when it cannot be built.
+std::string ReportDefinition(frmAcctViewEdit& ed);
+
+// Runs the profile on screen: its view statement, or in report mode its
+// report; a statement that cannot be built comes back as an error too.
 Table RunProfile(frmAcctViewEdit& ed, Source& source, std::size_t keep_rows);
 
 // A value cell of the filter list: its 1-based item and the 0-based column

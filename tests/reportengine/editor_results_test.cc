@@ -2,18 +2,23 @@
 // a headless editor (`results` of the script) and from `viewedit list`: they
 // are what a direct query of the same statement returns, a bad filter value
 // or advanced filter comes back as the database's message with its place,
-// and looking at the rows never marks the profile changed.
+// and looking at the rows never marks the profile changed. In report mode
+// they are the report's rows, group by group.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
+#include <string_view>
 
 #include "component/frm_acct_view_edit.h"
 #include "host/host_services.h"
 #include "report_test_support.h"
+#include "reportengine/language/report_expression.h"
 #include "reportengine/results/guarded_source.h"
+#include "reportengine/value_format.h"
 #include "results/results.h"
 #include "script/script_runner.h"
 
@@ -162,6 +167,102 @@ TEST(EditorResults, EditingAFilterValueChangesTheRowsNotProfileChanged) {
   EXPECT_EQ(printed[2]["count"], direct_count(printed[3]));
   EXPECT_NE(printed[0]["count"], printed[2]["count"]);
   EXPECT_NE(printed[3]["viewSQL"].get<std::string>().find("ACCTS.Balance > 2500"), std::string::npos);
+}
+
+// A report's statement evaluated for one group (nullptr: none), as a person
+// would type it into the database: FXA's value with its quotes doubled.
+std::string ReportStatement(const std::string& expression, const std::string* group) {
+  ExpressionContext context;
+  context.fxa = [group](std::string_view) -> std::optional<std::string> {
+    if (!group) return std::nullopt;
+    std::string quoted;
+    for (char c : *group) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    return quoted;
+  };
+  return PrepareStatement(EvaluateExpression(expression, context).value, "");
+}
+
+// A report cell against the database's value: amounts by their number (the
+// report shows them as $1,234.50), the rest as text.
+void ExpectSameReportCell(const std::string& shown, const std::string& direct,
+                          const ReportColumn& column, const std::string& where) {
+  if (KindOf(column.format) == ValueKind::kText) {
+    EXPECT_EQ(shown, direct) << where;
+    return;
+  }
+  std::string digits;
+  for (char c : shown) {
+    if (c != '$' && c != ',') digits += c;
+  }
+  ASSERT_FALSE(digits.empty()) << where;
+  EXPECT_NEAR(std::stod(digits), std::stod(direct), 0.005) << where << ": " << shown;
+}
+
+TEST(EditorResults, InReportModeTheRowsAreThoseOfTheReportsStatementPerGroup) {
+  std::string definition;
+  const std::vector<json> printed =
+      RunScript("open report\nselect tvwViews Collections By Collector\nresults 100000\n",
+                [&](frmAcctViewEdit& ed) { definition = results::ReportDefinition(ed); });
+  ASSERT_EQ(printed.size(), 1u);
+  const json& results = printed[0];
+  ASSERT_TRUE(results["error"].is_null()) << results["error"];
+  const ReportDefinition def = ParseReportDefinition(definition, "test");
+  ASSERT_TRUE(def.grouped);
+
+  // The report's columns, in its order, computed ones included.
+  ASSERT_EQ(results["columns"].size(), def.columns.size());
+  for (std::size_t c = 0; c < def.columns.size(); ++c) {
+    EXPECT_EQ(results["columns"][c], def.columns[c].title);
+  }
+  // Group by group, each group's rows as its statement selects them.
+  std::vector<std::vector<std::string>> direct;
+  for (const auto& group : SqlRows(SmallDatabase(), ReportStatement(def.group_statement, nullptr))) {
+    for (auto& row : SqlRows(SmallDatabase(), ReportStatement(def.statement, &group[0]))) {
+      direct.push_back(std::move(row));
+    }
+  }
+  ASSERT_GT(direct.size(), 3u);
+  EXPECT_EQ(results["count"], direct.size());
+  ASSERT_EQ(results["rows"].size(), direct.size());
+  for (std::size_t r = 0; r < direct.size(); ++r) {
+    std::size_t from_database = 0;
+    for (std::size_t c = 0; c < def.columns.size(); ++c) {
+      const std::string shown = results["rows"][r][c].get<std::string>();
+      const std::string where = "row " + std::to_string(r) + " column " + def.columns[c].title;
+      if (def.columns[c].Computed()) {
+        EXPECT_EQ(shown, "") << where;
+      } else {
+        ExpectSameReportCell(shown, direct[r][from_database++], def.columns[c], where);
+      }
+    }
+  }
+}
+
+TEST(EditorResults, InReportModeABadValueShowsTheDatabasesMessageInTheStatementItBroke) {
+  std::vector<std::string> marked;
+  const std::vector<json> printed = RunScript(
+      "open report\nselect tvwViews Collections By Collector\n"
+      "check lstFilters 7 on\ncell lstFilters 7 Data1\ntype O'Brien\nkey Enter\nresults\n",
+      [&](frmAcctViewEdit& ed) {
+        GuardedSource source({SmallDatabase(), "", {}});
+        const results::Table table = results::RunProfile(ed, source, 0);
+        for (const results::ValueCell& cell :
+             results::ValuesAt(ed, table.statement, table.error_position)) {
+          marked.push_back(ed.lstFilters.SubItem(cell.item, cell.column));
+        }
+      });
+  ASSERT_EQ(printed.size(), 1u);
+  const json& results = printed[0];
+  // The database's own words, not the report's wrapping of them, and the
+  // statement it refused: the group statement, which runs first.
+  ASSERT_TRUE(results["error"].is_string()) << results;
+  EXPECT_EQ(results["error"].get<std::string>().rfind("near \"Brien\": syntax error", 0), 0u)
+      << results["error"];
+  ASSERT_TRUE(results["position"].is_number()) << results;
+  const std::string statement = results["statement"];
+  EXPECT_EQ(statement.rfind("SELECT DISTINCT ACCTS.Collector", 0), 0u) << statement;
+  EXPECT_EQ(statement.substr(results["position"].get<std::size_t>(), 5), "Brien") << statement;
+  EXPECT_EQ(marked, std::vector<std::string>{"O'Brien"});
 }
 
 class ListCommandTest : public ::testing::Test {
