@@ -132,17 +132,28 @@ EditorWindow::EditorWindow(frmAcctViewEdit& ed, QWidget* parent)
   setMinimumSize(640, 480);
   // Most of the screen, so that large screens give the lists their room; the
   // size and splitters of the last session when there was one.
+  binder_.RefreshAll(true);
+  first_session_ = !RestoreWindowState(this, Splitters());
+  if (first_session_) FitFirstSession();
+}
+
+void EditorWindow::FitFirstSession() {
   QSize size(1360, 880);
   if (QScreen* shown_on = screen()) {
-    const QSize available = shown_on->availableGeometry().size();
-    size = (available * 0.9).boundedTo(available - QSize(24, 48));
+    size = FirstWindowSize(shown_on->availableGeometry().size(), UnscrolledSize());
   }
   resize(size.expandedTo(minimumSize()));
-  RestoreWindowState(this, Splitters());
-  binder_.RefreshAll(true);
 }
 
 EditorWindow::~EditorWindow() { ed_.on_report_mode_changed = nullptr; }
+
+QSize EditorWindow::UnscrolledSize() const {
+  // The editor's least size in the fonts of this screen, with the menu and
+  // the status line around it.
+  const QSize content = scroll_->widget()->minimumSizeHint();
+  return {content.width(), content.height() + layout()->menuBar()->sizeHint().height() +
+                               status_->sizeHint().height()};
+}
 
 QList<QSplitter*> EditorWindow::Splitters() const {
   return {main_split_, sides_split_, bottom_split_};
@@ -995,6 +1006,12 @@ bool EditorWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void EditorWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
+  // Only a shown window's size hints are in its style's fonts: the first
+  // session's size is taken again then, once.
+  if (first_session_ && !event->spontaneous()) {
+    first_session_ = false;
+    FitFirstSession();
+  }
   UpdateFilterMetrics();
 }
 

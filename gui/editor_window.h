@@ -69,6 +69,8 @@ class EditorWindow : public QWidget {
   // Steps over bottom panes, profiles beside steps, and the bottom panes
   // (the statement first): their positions are remembered.
   QList<QSplitter*> Splitters() const;
+  // The least window size at which the editor does not scroll.
+  QSize UnscrolledSize() const;
   bool cellPainterShown() const;
 
   // Called once the model's form is hidden (OK or Cancel finished).
@@ -80,6 +82,8 @@ class EditorWindow : public QWidget {
   void showEvent(QShowEvent* event) override;
 
  private:
+  // A size for a window that has none remembered.
+  void FitFirstSession();
   void BuildLayout();
   void BindModels();
   void SetTabOrder();
@@ -105,6 +109,7 @@ class EditorWindow : public QWidget {
 
   // Step 1
   QScrollArea* scroll_ = nullptr;
+  bool first_session_ = false;
   QStatusBar* status_ = nullptr;
   QLabel* unwritten_ = nullptr;
   QSplitter* main_split_ = nullptr;

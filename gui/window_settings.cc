@@ -18,6 +18,12 @@ QString SplitterKey(const QSplitter* splitter) {
 
 }  // namespace
 
+QSize FirstWindowSize(QSize available, QSize needed) {
+  // Room for the window's frame and title.
+  constexpr QSize kFrame(24, 48);
+  return (available * 0.9).expandedTo(needed).boundedTo(available - kFrame);
+}
+
 std::unique_ptr<QSettings> OpenWindowSettings() {
   return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "cvviewedit",
                                      "cvviewedit");

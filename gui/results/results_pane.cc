@@ -74,7 +74,9 @@ ResultsPane::ResultsPane(reportengine::EditorDatabase database, QWidget* parent)
   table_->setSelectionBehavior(QAbstractItemView::SelectRows);
   table_->setFocusPolicy(Qt::ClickFocus);
   table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().lineSpacing() + 4);
-  table_->setMinimumHeight(table_->fontMetrics().lineSpacing() * 6);
+  // The header and a few rows at least; the splitter gives it more. More
+  // would make the editor scroll on a 1024x768 screen.
+  table_->setMinimumHeight(table_->fontMetrics().lineSpacing() * 4);
   body->addWidget(table_);
   error_ = new QPlainTextEdit(body_);
   error_->setObjectName("txtResultsError");

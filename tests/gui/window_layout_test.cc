@@ -66,7 +66,11 @@ void WindowLayoutTest::FitsSmallScreensAndScrollsBelowThat() {
   const struct {
     QSize size;
     bool scrolls;
-  } kSizes[] = {{{1000, 700}, false}, {{1366, 740}, false}, {{700, 500}, true}};
+  } kSizes[] = {{{1000, 700}, false},
+                {{1366, 740}, false},
+                {{700, 500}, true},
+                // What a first session opens at on the smallest common screen.
+                {cvve::gui::FirstWindowSize({1024, 768}, g.window->UnscrolledSize()), false}};
   for (const auto& s : kSizes) {
     for (int mode : {0, -1}) {
       g->SetReportMode(static_cast<std::int16_t>(mode));
