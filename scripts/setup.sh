@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  libpugixml-dev libcli11-dev nlohmann-json3-dev libicu-dev
+  libpugixml-dev libcli11-dev nlohmann-json3-dev libicu-dev libxxhash-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   libharfbuzz-dev zlib1g-dev fonts-dejavu-core libxlsxwriter-dev unzip

@@ -13,6 +13,7 @@
 #include "component/editor_environment.h"
 #include "filesafety/file_identity.h"
 #include "filesafety/views_merge.h"
+#include "filters/filter_list.h"
 #include "filters/frm_acct_view_advanced.h"
 #include "ui/combo_box.h"
 #include "ui/form.h"
@@ -81,6 +82,8 @@ class frmAcctViewEdit : public ui::Form {
   }
   // The setup file's column definitions of a data set by name.
   ColumnIndex& SetupColumns() { return setup_columns_; }
+  // The filter list's rows of each data set, before a profile's entries.
+  FilterRowTemplates& FilterTemplates() { return filter_templates_; }
   std::int16_t Data1Column = 0, Data2Column = 0;
   bool FilterErrorShown = false;
   bool ProfileChanged = false;
@@ -162,6 +165,7 @@ class frmAcctViewEdit : public ui::Form {
   std::uint64_t current_profile_generation_ = 0;
   ProfileIndex views_profiles_, defaults_profiles_;
   ColumnIndex setup_columns_;
+  FilterRowTemplates filter_templates_;
   ui::Prompter* prompter_override_ = nullptr;
 };
 

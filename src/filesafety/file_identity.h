@@ -32,7 +32,7 @@ struct LoadedFile {
 // `bytes` (when given) receives the contents that were hashed.
 FileIdentity ReadIdentity(const std::string& path, std::string* bytes = nullptr);
 
-// 64-bit FNV-1a of the bytes: enough to tell one version of a file from the next.
+// A 64-bit hash of the bytes (XXH3): enough to tell one version of a file from the next.
 std::uint64_t ContentHash(const std::string& bytes);
 
 }  // namespace cvve::filesafety

@@ -1,7 +1,9 @@
 #include "filters/filter_list.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include "base/text.h"
 #include "component/frm_acct_view_edit.h"
 #include "ui/prompter.h"
+#include "viewfiles/setup_file.h"
 
 namespace cvve {
 
@@ -20,6 +23,18 @@ enum TagField { kInputNum = 0, kLabel1 = 1, kLabel2 = 2, kData1Default = 5, kDat
 const std::string& Field(const std::vector<std::string>& fields, std::size_t n) {
   if (n >= fields.size()) throw Error("Subscript out of range");
   return fields[n];
+}
+
+// Field `n` of a row's tag, as Split(tag, '|')[n] gives it; none when the
+// tag has fewer fields.
+std::optional<std::string_view> TagField(std::string_view tag, std::size_t n) {
+  std::size_t start = 0;
+  for (; n > 0; --n) {
+    const std::size_t bar = tag.find('|', start);
+    if (bar == std::string_view::npos) return std::nullopt;
+    start = bar + 1;
+  }
+  return tag.substr(start, tag.find('|', start) - start);
 }
 
 std::int16_t ToInt16(std::string_view text) {
@@ -74,44 +89,49 @@ XmlNode SavedEntry(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profi
   return entry;
 }
 
-// Step 6 of LoadFilters for one row; `full` adds the labels and colours that
-// ApplyFilterChecks leaves alone. Each step that fails is skipped.
-void ApplyRow(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, int row, bool full) {
+// A row's saved entry, found as SavedEntry finds it, and the check it
+// stores ("True" or "False"; anything else leaves the check alone).
+XmlNode ApplySavedCheck(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, int row) {
   ui::ListView& list = ed.lstFilters;
   XmlNode entry;
   ResumeNext([&] { entry = SavedEntry(ed, saved, profile, list.Item(row).key); });
-  std::vector<std::string> fields;
-  ResumeNext([&] { fields = Split(list.Item(row).tag, '|'); });
-
   const std::string value = ChildText(entry, "Value");
   if (value == "False") {
     ResumeNext([&] { list.SetChecked(row, false); });
   } else if (value == "True") {
     ResumeNext([&] { list.SetChecked(row, true); });
   }
+  return entry;
+}
+
+// Step 6 of LoadFilters for one row, each step that fails skipped: the
+// check, the labels, the cell colours, the Data values.
+void ApplyRow(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, int row) {
+  ui::ListView& list = ed.lstFilters;
+  const XmlNode entry = ApplySavedCheck(ed, saved, profile, row);
+  std::vector<std::string> fields;
+  ResumeNext([&] { fields = Split(list.Item(row).tag, '|'); });
 
   const std::string input_num = fields.empty() ? std::string() : fields[kInputNum];
   const bool takes_values = input_num == "1" || input_num == "2";
   for (int column = 1; column <= list.ColumnCount(); ++column) {
     const std::string& key = list.Column(column).key;
     const int sub_item = column - 1;
-    if (full) {
-      if (takes_values) {
-        if (key == "Param1") {
-          ResumeNext([&] { list.SetSubItem(row, sub_item, Field(fields, kLabel1)); });
-        }
-        if (key == "Param2") {
-          ResumeNext([&] { list.SetSubItem(row, sub_item, Field(fields, kLabel2)); });
-        }
-        if (key == "Data1") {
-          ResumeNext([&] {
-            SetFilterRowColor(ed, row, ToInt16(input_num),
-                              static_cast<std::int32_t>(kEditableCellColor));
-          });
-        }
-      } else {
-        ResumeNext([&] { SetFilterRowColor(ed, row, ToInt16(input_num), 0); });
+    if (takes_values) {
+      if (key == "Param1") {
+        ResumeNext([&] { list.SetSubItem(row, sub_item, Field(fields, kLabel1)); });
       }
+      if (key == "Param2") {
+        ResumeNext([&] { list.SetSubItem(row, sub_item, Field(fields, kLabel2)); });
+      }
+      if (key == "Data1") {
+        ResumeNext([&] {
+          SetFilterRowColor(ed, row, ToInt16(input_num),
+                            static_cast<std::int32_t>(kEditableCellColor));
+        });
+      }
+    } else {
+      ResumeNext([&] { SetFilterRowColor(ed, row, ToInt16(input_num), 0); });
     }
     // Saved value first, else the definition's default, else what the cell holds.
     auto fill = [&](const char* element, std::size_t default_field) {
@@ -129,10 +149,97 @@ void ApplyRow(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, i
   }
 }
 
+// ApplyRow on a row as the data set's template left it (labels,
+// colours and defaults in place): what is left is the saved entry's part,
+// the check and the saved Data values, which win over the defaults.
+void ApplyEntry(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, int row) {
+  ui::ListView& list = ed.lstFilters;
+  const XmlNode entry = ApplySavedCheck(ed, saved, profile, row);
+  if (!entry) return;
+  for (int column = 1; column <= list.ColumnCount(); ++column) {
+    const std::string& key = list.Column(column).key;
+    const char* element = key == "Data1" ? "Data1" : key == "Data2" ? "Data2" : nullptr;
+    if (!element) continue;
+    std::string saved_value = ChildText(entry, element);
+    if (saved_value.empty()) continue;
+    ResumeNext([&] { list.SetSubItem(row, column - 1, std::move(saved_value)); });
+  }
+}
+
+// Steps 1 to 5 of LoadFilters for a data set not seen yet: the rows from its
+// definitions, then ApplyRow without a profile. What the list then holds is
+// kept as the data set's template.
+FilterRowTemplates::Template FillFromDefinitions(frmAcctViewEdit& ed,
+                                                 const std::string& data_set) {
+  ui::ListView& list = ed.lstFilters;
+  FilterRowTemplates::Template t;
+  t.data_set = FindDataSet(ed, data_set);
+  t.has_filters = static_cast<bool>(SelectSingleNode(t.data_set, "Filters"));
+  int row = 0;
+  for (XmlNode filter : SelectNodes(t.data_set, "Filters/Filter")) {
+    ++row;
+    ResumeNext([&] { list.AddItem(row, ChildText(filter, "Name")); });
+    ResumeNext([&] { list.SetKey(row, ChildText(filter, "Index")); });
+    ResumeNext([&] {
+      list.SetTag(row, ChildText(filter, "InputNum") + "|" + ChildText(filter, "Label1") + "|" +
+                           ChildText(filter, "Label2") + "|" + ChildText(filter, "SQL") + "|" +
+                           ChildText(filter, "Group") + "|" + ChildText(filter, "Defaults"));
+    });
+  }
+  const int rows = list.ItemCount();
+  const auto size = static_cast<std::size_t>(rows) + 1;
+  ed.FilterRowColor.resize(size);
+  ed.FilterRowInputCount.resize(size);
+  // A colour no row is given marks the rows whose colour step failed.
+  constexpr std::int32_t kUnset = std::numeric_limits<std::int32_t>::min();
+  const std::vector<std::int32_t> colors_before = ed.FilterRowColor;
+  const std::vector<std::int16_t> inputs_before = ed.FilterRowInputCount;
+  std::fill_n(ed.FilterRowColor.begin(), rows, kUnset);
+  const SavedFilters none{XmlNode()};
+  for (int r = 1; r <= rows; ++r) ApplyRow(ed, none, XmlNode(), r);
+
+  t.rows = list.Items();
+  for (int r = 0; r < rows; ++r) {
+    const auto i = static_cast<std::size_t>(r);
+    t.fields.push_back(Split(t.rows[i].tag, '|'));
+    if (ed.FilterRowColor[i] == kUnset) {
+      ed.FilterRowColor[i] = colors_before[i];
+      ed.FilterRowInputCount[i] = inputs_before[i];
+      t.colors.emplace_back();
+    } else {
+      t.colors.emplace_back(std::pair(ed.FilterRowColor[i], ed.FilterRowInputCount[i]));
+    }
+  }
+  return t;
+}
+
 }  // namespace
+
+const FilterRowTemplates::Template* FilterRowTemplates::Find(const DocumentCursor& setup,
+                                                             const std::string& data_set) {
+  if (setup_ != &setup || generation_ != setup.Generation()) {
+    by_data_set_.clear();
+    setup_ = &setup;
+    generation_ = setup.Generation();
+    return nullptr;
+  }
+  const auto it = by_data_set_.find(data_set);
+  return it == by_data_set_.end() ? nullptr : &it->second;
+}
+
+FilterRowTemplates::Template& FilterRowTemplates::Store(const DocumentCursor& setup,
+                                                        const std::string& data_set, Template t) {
+  if (setup_ != &setup || generation_ != setup.Generation()) {
+    by_data_set_.clear();
+    setup_ = &setup;
+    generation_ = setup.Generation();
+  }
+  return by_data_set_.insert_or_assign(data_set, std::move(t)).first->second;
+}
 
 void SetupFilterColumns(frmAcctViewEdit& ed) {
   ui::ListView& list = ed.lstFilters;
+  ed.FilterTemplates().Clear();  // rows are laid out by column
   list.ClearColumns();
   list.AddColumn({"", "Filter", ui::Alignment::kLeft, 3000});
   list.AddColumn({"Param1", "", ui::Alignment::kLeft, 1440});
@@ -144,17 +251,30 @@ void SetupFilterColumns(frmAcctViewEdit& ed) {
 void LoadFilters(frmAcctViewEdit& ed) {
   ui::ListView& list = ed.lstFilters;
   ResumeNext([&] { list.SetVisible(false); });
-  ResumeNext([&] { list.ClearItems(); });
-
   const std::string data_set = ed.cmbDataSet.Text();
-  const std::string data_set_path = "DataSets/DataSet[Name='" + data_set + "']";
-  XmlNode data_set_node = SelectSingleNode(ed.SetupDoc.Root(), data_set_path);
-  std::vector<XmlNode> filters = SelectNodes(data_set_node, "Filters/Filter");
+  FilterRowTemplates& templates = ed.FilterTemplates();
+  const FilterRowTemplates::Template* t = templates.Find(ed.SetupDoc, data_set);
+  // Emptied and filled again: with a template, in one step.
+  if (!t) ResumeNext([&] { list.ClearItems(); });
+  if (t) {
+    ResumeNext([&] { list.SetItems(t->rows); });
+    const auto size = static_cast<std::size_t>(list.ItemCount()) + 1;
+    ed.FilterRowColor.resize(size);
+    ed.FilterRowInputCount.resize(size);
+    for (std::size_t i = 0; i < t->colors.size() && i + 1 < size; ++i) {
+      if (!t->colors[i]) continue;
+      ed.FilterRowColor[i] = t->colors[i]->first;
+      ed.FilterRowInputCount[i] = t->colors[i]->second;
+    }
+    list.Refresh();
+  } else {
+    t = &templates.Store(ed.SetupDoc, data_set, FillFromDefinitions(ed, data_set));
+  }
 
-  if (filters.empty()) {
+  if (t->rows.empty()) {
     // Only a data set that exists but lacks its Filters element is reported;
     // an unknown (or not yet chosen) data set just gives an empty list.
-    if (data_set_node && !SelectSingleNode(data_set_node, "Filters") && !ed.FilterErrorShown) {
+    if (t->data_set && !t->has_filters && !ed.FilterErrorShown) {
       ResumeNext([&] {
         ed.Prompt().MsgBox("Error encountered while loading '" + data_set + "' filter:" + kCrLf +
                                kCrLf + "You may need to reinstall viewsetup.xml",
@@ -162,27 +282,11 @@ void LoadFilters(frmAcctViewEdit& ed) {
       });
       ed.FilterErrorShown = true;
     }
-  } else {
-    int row = 0;
-    for (XmlNode filter : filters) {
-      ++row;
-      ResumeNext([&] { list.AddItem(row, ChildText(filter, "Name")); });
-      ResumeNext([&] { list.SetKey(row, ChildText(filter, "Index")); });
-      ResumeNext([&] {
-        list.SetTag(row, ChildText(filter, "InputNum") + "|" + ChildText(filter, "Label1") + "|" +
-                             ChildText(filter, "Label2") + "|" + ChildText(filter, "SQL") + "|" +
-                             ChildText(filter, "Group") + "|" + ChildText(filter, "Defaults"));
-      });
-    }
   }
-
-  const auto size = static_cast<std::size_t>(list.ItemCount()) + 1;
-  ed.FilterRowColor.resize(size);
-  ed.FilterRowInputCount.resize(size);
 
   const XmlNode profile = ed.CurrentProfileNode();
   const SavedFilters saved(profile);
-  for (int row = 1; row <= list.ItemCount(); ++row) ApplyRow(ed, saved, profile, row, true);
+  for (int row = 1; row <= list.ItemCount(); ++row) ApplyEntry(ed, saved, profile, row);
 
   ResumeNext([&] { list.SetVisible(true); });
 }
@@ -191,8 +295,25 @@ void ApplyFilterChecks(frmAcctViewEdit& ed) {
   const XmlNode profile = ed.CurrentProfileNode();
   if (!profile) return;
   const SavedFilters saved(profile);
-  for (int row = 1; row <= ed.lstFilters.ItemCount(); ++row) {
-    ApplyRow(ed, saved, profile, row, false);
+  ui::ListView& list = ed.lstFilters;
+  for (int row = 1; row <= list.ItemCount(); ++row) {
+    const XmlNode entry = ApplySavedCheck(ed, saved, profile, row);
+    for (int column = 1; column <= list.ColumnCount(); ++column) {
+      const std::string& key = list.Column(column).key;
+      const bool first = key == "Data1";
+      if (!first && key != "Data2") continue;
+      // Saved value first, else the definition's default, else what the cell holds.
+      ResumeNext([&] {
+        std::string text = ChildText(entry, first ? "Data1" : "Data2");
+        if (text.empty()) {
+          const std::optional<std::string_view> field =
+              TagField(list.Item(row).tag, first ? kData1Default : kData2Default);
+          if (!field) return;
+          text = *field;
+        }
+        list.SetSubItem(row, column - 1, std::move(text));
+      });
+    }
   }
 }
 

@@ -2,11 +2,45 @@
 // The easy-filter list: rows from the data set's filter definitions, the
 // profile's saved checks and values, and the colours of the editable cells.
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <string>
+#include <vector>
+
+#include "ui/list_view.h"
+#include "viewfiles/document_cursor.h"
 
 namespace cvve {
 
 class frmAcctViewEdit;
+
+// What a data set's filters give the list before any profile's entries are
+// applied (rows, labels, defaults and cell colours), kept per data set of
+// the loaded setup file: a profile switch then copies the rows instead of
+// reading and splitting every definition again. The editor never changes
+// the setup file's records in place; a reloaded file is seen by its
+// generation.
+class FilterRowTemplates {
+ public:
+  struct Template {
+    XmlNode data_set;          // the first DataSet of the name, empty when none
+    bool has_filters = false;  // whether that data set has a Filters element
+    std::vector<ui::ListItem> rows;
+    std::vector<std::vector<std::string>> fields;  // each row's tag, split
+    // Each row's cell colour and input count; no colour for a row whose
+    // colour step failed (the arrays keep what they held).
+    std::vector<std::optional<std::pair<std::int32_t, std::int16_t>>> colors;
+  };
+  // The data set's template, or nullptr when it is not built yet.
+  const Template* Find(const DocumentCursor& setup, const std::string& data_set);
+  Template& Store(const DocumentCursor& setup, const std::string& data_set, Template t);
+  void Clear() { by_data_set_.clear(); }
+
+ private:
+  const DocumentCursor* setup_ = nullptr;
+  std::uint64_t generation_ = 0;
+  std::map<std::string, Template, std::less<>> by_data_set_;
+};
 
 // Sets up lstFilters' five columns (keys "", Param1, Data1, Param2, Data2);
 // done once when the editor loads.

@@ -43,8 +43,7 @@ std::string FillCommon(std::string statement, const std::string& fields, const s
 // DataSetSQL held the template once, but a loaded profile or the advanced
 // edit has replaced it since; it serves only when the data set is gone.
 std::string DataSetTemplate(frmAcctViewEdit& ed) {
-  XmlNode data_set = SelectSingleNode(
-      ed.SetupDoc.Root(), "DataSets/DataSet[Name='" + ed.cmbDataSet.Text() + "']");
+  XmlNode data_set = FindDataSet(ed, ed.cmbDataSet.Text());
   return data_set ? ChildText(data_set, "SQL") : ed.DataSetSQL;
 }
 

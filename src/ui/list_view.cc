@@ -35,6 +35,20 @@ void ListView::ClearItems() {
   Touch();
 }
 
+void ListView::SetItems(const std::vector<ListItem>& items) {
+  std::unordered_map<std::string, int> keys;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (!items[i].key.empty() && !keys.emplace(items[i].key, static_cast<int>(i)).second) {
+      throw Error("Key is not unique in collection");
+    }
+  }
+  items_ = items;  // reuses the texts' storage of the items there before
+  for (ListItem& item : items_) item.sub_items.resize(columns_.empty() ? 0 : columns_.size() - 1);
+  key_index_ = std::move(keys);
+  selected_ = 0;
+  Touch();
+}
+
 int ListView::AddItem(int position, std::string text, std::string key) {
   if (position < 1 || position > ItemCount() + 1) throw Error("Index out of bounds");
   if (!key.empty() && key_index_.count(key)) throw Error("Key is not unique in collection");

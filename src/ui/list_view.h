@@ -46,6 +46,9 @@ class ListView : public Control {
 
   // Items, 1-based.
   void ClearItems();
+  // All items at once, as ClearItems and an AddItem of each would leave them;
+  // throws cvve::Error (and keeps the items) when two hold the same key.
+  void SetItems(const std::vector<ListItem>& items);
   // Adds an item at `position` (1..count+1). An empty key means none; a key
   // already in use throws cvve::Error and adds nothing.
   int AddItem(int position, std::string text, std::string key = {});

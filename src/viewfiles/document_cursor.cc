@@ -24,8 +24,12 @@ XmlNode RequireCurrent(XmlNode node) {
 }
 
 XmlNode FirstChildElement(XmlNode parent, const std::string& name) {
+  const char first = name.empty() ? '\0' : name[0];
   for (XmlNode child = parent.first_child(); child; child = child.next_sibling()) {
-    if (child.type() == pugi::node_element && name == child.name()) return child;
+    if (child.type() != pugi::node_element) continue;
+    // The first letter rules out most of a record's children without a compare.
+    const char* element = child.name();
+    if (element[0] == first && name == element) return child;
   }
   return {};
 }

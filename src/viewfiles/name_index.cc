@@ -52,13 +52,29 @@ bool NameIndex::AnyNameTaken(XmlNode element) const {
 
 XmlNode ProfileIndex::Find(const DocumentCursor& doc, std::string_view name) {
   if (!built_ || doc_ != &doc || generation_ != doc.Generation()) {
+    if (doc_ != &doc || generation_ != doc.Generation()) {
+      doc_ = &doc;
+      generation_ = doc.Generation();
+      built_ = false;
+      walked_ = false;
+    }
+    // Opening a file looks up one record; the index pays from the second
+    // look-up in the same document on.
+    if (!walked_) {
+      walked_ = true;
+      for (XmlNode profiles = doc.Root().child("Profiles"); profiles;
+           profiles = profiles.next_sibling("Profiles")) {
+        for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) {
+          if (HasName(p, name)) return p;
+        }
+      }
+      return {};
+    }
     names_.Clear();
     for (XmlNode profiles = doc.Root().child("Profiles"); profiles;
          profiles = profiles.next_sibling("Profiles")) {
       for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) names_.Add(p);
     }
-    doc_ = &doc;
-    generation_ = doc.Generation();
     built_ = true;
   }
   return names_.Find(name);
@@ -77,28 +93,41 @@ void ProfileIndex::Added(XmlNode record) {
   names_.Add(record);
 }
 
-XmlNode ColumnIndex::Find(const DocumentCursor& setup, const std::string& data_set,
-                          std::string_view column) {
-  if (!built_ || doc_ != &setup || generation_ != setup.Generation() || data_set_ != data_set) {
-    names_.Clear();
-    // Every data set of the name, in document order, as the expression
-    // takes the union of their columns.
-    for (XmlNode sets_parent = setup.Root().child("DataSets"); sets_parent;
-         sets_parent = sets_parent.next_sibling("DataSets")) {
-      for (XmlNode set = sets_parent.child("DataSet"); set; set = set.next_sibling("DataSet")) {
-        if (!HasName(set, data_set)) continue;
-        for (XmlNode columns = set.child("Columns"); columns;
-             columns = columns.next_sibling("Columns")) {
-          for (XmlNode c = columns.child("Column"); c; c = c.next_sibling("Column")) names_.Add(c);
+const ColumnIndex::Entry& ColumnIndex::For(const DocumentCursor& setup,
+                                            const std::string& data_set) {
+  if (doc_ != &setup || generation_ != setup.Generation()) {
+    by_data_set_.clear();
+    doc_ = &setup;
+    generation_ = setup.Generation();
+  }
+  const auto known = by_data_set_.find(data_set);
+  if (known != by_data_set_.end()) return known->second;
+  Entry& entry = by_data_set_[data_set];
+  // Every data set of the name, in document order, as the expression
+  // takes the union of their columns.
+  for (XmlNode sets_parent = setup.Root().child("DataSets"); sets_parent;
+       sets_parent = sets_parent.next_sibling("DataSets")) {
+    for (XmlNode set = sets_parent.child("DataSet"); set; set = set.next_sibling("DataSet")) {
+      if (!HasName(set, data_set)) continue;
+      if (!entry.data_set) entry.data_set = set;
+      for (XmlNode columns = set.child("Columns"); columns;
+           columns = columns.next_sibling("Columns")) {
+        for (XmlNode c = columns.child("Column"); c; c = c.next_sibling("Column")) {
+          entry.columns.Add(c);
         }
       }
     }
-    doc_ = &setup;
-    generation_ = setup.Generation();
-    data_set_ = data_set;
-    built_ = true;
   }
-  return names_.Find(column);
+  return entry;
+}
+
+XmlNode ColumnIndex::Find(const DocumentCursor& setup, const std::string& data_set,
+                          std::string_view column) {
+  return For(setup, data_set).columns.Find(column);
+}
+
+XmlNode ColumnIndex::DataSet(const DocumentCursor& setup, const std::string& data_set) {
+  return For(setup, data_set).data_set;
 }
 
 }  // namespace cvve

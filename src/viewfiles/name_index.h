@@ -55,24 +55,34 @@ class ProfileIndex {
   const DocumentCursor* doc_ = nullptr;
   std::uint64_t generation_ = 0;
   bool built_ = false;
+  bool walked_ = false;  // the document's first look-up walked the records instead
 };
 
-// The Column definitions of one data set of the setup file
-// (DataSets/DataSet[Name=set]/Columns/Column), built when the data set or
-// the loaded setup file is another than last time. The editor never changes
-// the setup file's records in place.
+// The Column definitions of the setup file's data sets
+// (DataSets/DataSet[Name=set]/Columns/Column), each data set's built on its
+// first look-up and kept until another setup file is loaded. The editor
+// never changes the setup file's records in place.
 class ColumnIndex {
  public:
   // The first Column in document order called `column` among those of every
   // data set called `data_set`; empty when none.
   XmlNode Find(const DocumentCursor& setup, const std::string& data_set, std::string_view column);
+  // The first DataSet in document order called `data_set`; empty when none.
+  XmlNode DataSet(const DocumentCursor& setup, const std::string& data_set);
 
  private:
-  NameIndex names_;
+  struct Entry {
+    XmlNode data_set;
+    NameIndex columns;
+  };
+  const Entry& For(const DocumentCursor& setup, const std::string& data_set);
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
+  };
+  std::unordered_map<std::string, Entry, Hash, std::equal_to<>> by_data_set_;
   const DocumentCursor* doc_ = nullptr;
   std::uint64_t generation_ = 0;
-  std::string data_set_;
-  bool built_ = false;
 };
 
 }  // namespace cvve

@@ -29,6 +29,14 @@ std::string LastChildText(XmlNode column, const char* element) {
 
 }  // namespace
 
+XmlNode FindDataSet(frmAcctViewEdit& ed, const std::string& data_set) {
+  // A name with an apostrophe changes the expression itself.
+  if (data_set.find('\'') != std::string::npos) {
+    return SelectSingleNode(ed.SetupDoc.Root(), DataSetPath(data_set));
+  }
+  return ed.SetupColumns().DataSet(ed.SetupDoc, data_set);
+}
+
 void LoadDataSets(frmAcctViewEdit& ed) {
   try {
     ed.cmbDataSet.Clear();
@@ -51,7 +59,7 @@ void LoadColumns(frmAcctViewEdit& ed) {
   ed.lstAvailColumns.Clear();
   const std::string data_set = ed.cmbDataSet.Text();
   if (data_set.empty()) return;
-  XmlNode node = SelectSingleNode(ed.SetupDoc.Root(), DataSetPath(data_set));
+  XmlNode node = FindDataSet(ed, data_set);
   if (!node) {
     ed.Prompt().MsgBox("Error loading columns:  Data Set not found.", ui::Buttons::kOk,
                        ui::Icon::kCritical, "Error");

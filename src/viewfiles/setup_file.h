@@ -9,6 +9,10 @@ namespace cvve {
 
 class frmAcctViewEdit;
 
+// The first DataSet element called `data_set`, as the path expression
+// "DataSets/DataSet[Name='data_set']" selects it from the setup file's root;
+// empty when none.
+XmlNode FindDataSet(frmAcctViewEdit& ed, const std::string& data_set);
 // Fills cmbDataSet and selects the first entry (which loads its columns and
 // filters). A setup file without DataSets shows "Error in LoadDataSets:".
 void LoadDataSets(frmAcctViewEdit& ed);

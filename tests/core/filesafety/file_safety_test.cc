@@ -140,6 +140,32 @@ TEST(FileIdentityTest, AnyDifferenceInSizeTimeOrBytesIsAChange) {
   EXPECT_FALSE(filesafety::ReadIdentity((dir.Path() / "none.xml").string()).exists);
 }
 
+// The bytes come back whole whatever the size, and a folder or an
+// unreadable path has no bytes and no hash.
+TEST(FileIdentityTest, ReadsEveryByteOfFilesOfAnySize) {
+  TempDir dir;
+  std::string large;
+  for (int i = 0; large.size() < 300000; ++i) large += "<Profile>" + std::to_string(i) + "</Profile>";
+  large += std::string(1, '\0') + "after a zero byte";
+  for (const std::string& content : {std::string(), std::string("x"), large}) {
+    SCOPED_TRACE(content.size());
+    const std::string path = dir.Write("file.xml", content);
+    std::string bytes = "stale";
+    const filesafety::FileIdentity id = filesafety::ReadIdentity(path, &bytes);
+    EXPECT_TRUE(id.exists && id.readable);
+    EXPECT_EQ(id.size, content.size());
+    EXPECT_EQ(bytes, content);
+    EXPECT_EQ(id.hash, filesafety::ContentHash(content));
+  }
+  // One byte changed anywhere changes the hash.
+  std::string changed = large;
+  changed[changed.size() / 2] ^= 1;
+  EXPECT_NE(filesafety::ContentHash(changed), filesafety::ContentHash(large));
+  const filesafety::FileIdentity folder = filesafety::ReadIdentity(dir.Path().string());
+  EXPECT_TRUE(folder.exists);
+  EXPECT_FALSE(folder.readable);
+}
+
 // A report change is interrupted after its intent file is in place: the
 // next Recover finishes it. One that never got its intent file in place is
 // only temporary files, which go.

@@ -188,5 +188,84 @@ TEST(FilterListTest, UserCheckMarksChangeAndSelectsTheRowAndColourBoundsHold) {
   EXPECT_THROW(SetFilterRowColor(*h, 0, 1, 1), Error);
 }
 
+
+// A data set's rows are taken from its kept template from the second visit
+// on. Two editors take the same walk through profiles on odd data sets: one
+// keeps the templates, the other drops them before every click and so
+// always reads the definitions. Everything the load leaves must be alike.
+TEST(FilterListTest, KeptTemplatesGiveWhatTheDefinitionsGive) {
+  const std::string setup =
+      "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes><DataSets>"
+      "<DataSet><Name>Plain</Name><Filters>"
+      "<Filter><Name>One</Name><Index>1</Index><InputNum>1</InputNum><Label1>is</Label1>"
+      "<Defaults>d1</Defaults></Filter>"
+      "<Filter><Name>Two</Name><Index>2</Index><InputNum>2</InputNum><Label1>from</Label1>"
+      "<Label2>to</Label2><Defaults>a|b</Defaults></Filter>"
+      "<Filter><Name>None</Name><Index>3</Index><InputNum>0</InputNum></Filter>"
+      "</Filters></DataSet>"
+      // A colour step that overflows leaves the arrays as they were; a key
+      // used twice and one with an apostrophe.
+      "<DataSet><Name>Odd</Name><Filters>"
+      "<Filter><Name>Big</Name><Index>9</Index><InputNum>70000</InputNum></Filter>"
+      "<Filter><Name>Again</Name><Index>9</Index><InputNum>2</InputNum><Defaults>x</Defaults>"
+      "</Filter><Filter><Name>Quote</Name><Index>q'1</Index><InputNum>1</InputNum></Filter>"
+      "<Filter><Name>Text</Name><Index>t</Index><InputNum>abc</InputNum></Filter>"
+      "<Filter><Name>Half</Name><Index>5</Index><InputNum>1.5</InputNum></Filter>"
+      "</Filters></DataSet>"
+      "<DataSet><Name>Bare</Name></DataSet>"
+      "<DataSet><Name>Empty</Name><Filters/></DataSet>"
+      "</DataSets></ViewSetup>";
+  auto profile = [](const std::string& data_set, const std::string& checks) {
+    return "<DataSet>" + data_set + "</DataSet><AcctViewType>0</AcctViewType>"
+           "<FilterType>0</FilterType><FilterChecks>" + checks + "</FilterChecks>";
+  };
+  const std::string views = ViewsFile(
+      {{"P1", profile("Plain", Check("1", "True", "45") + Check("2", "False", "", "z"))},
+       {"O1", profile("Odd", Check("9", "True", "n") + Check("", "True", "e") +
+                                 Check("t", "maybe", "v"))},
+       {"P2", profile("Plain", Check("3", "True", "") + Check("1", "False", "", "w"))},
+       {"B1", profile("Bare", "")},
+       {"O2", profile("Odd", "")},
+       {"E1", profile("Empty", Check("1", "True", "x"))},
+       {"Gone", profile("Missing", Check("1", "True", "x"))}});
+  HeadlessEditor kept, fresh;
+  kept.Open(views, "", setup);
+  fresh.Open(views, "", setup);
+  for (const char* name : {"P1", "O1", "P2", "O1", "B1", "P1", "O2", "E1", "Gone", "B1", "P2",
+                           "O2", "P1"}) {
+    SCOPED_TRACE(name);
+    fresh->FilterTemplates().Clear();
+    Select(kept, name);
+    Select(fresh, name);
+    const ui::ListView& a = kept->lstFilters;
+    const ui::ListView& b = fresh->lstFilters;
+    ASSERT_EQ(a.ItemCount(), b.ItemCount());
+    for (int row = 1; row <= a.ItemCount(); ++row) {
+      SCOPED_TRACE(row);
+      EXPECT_EQ(a.Item(row).text, b.Item(row).text);
+      EXPECT_EQ(a.Item(row).key, b.Item(row).key);
+      EXPECT_EQ(a.Item(row).tag, b.Item(row).tag);
+      EXPECT_EQ(a.Item(row).checked, b.Item(row).checked);
+      EXPECT_EQ(a.Item(row).sub_items, b.Item(row).sub_items);
+      EXPECT_EQ(a.FindKey(a.Item(row).key), b.FindKey(b.Item(row).key));
+    }
+    EXPECT_EQ(kept->FilterRowColor, fresh->FilterRowColor);
+    EXPECT_EQ(kept->FilterRowInputCount, fresh->FilterRowInputCount);
+    // Where the views cursor was left: element, its Index and Data1 texts.
+    auto where = [](const DocumentCursor& doc) {
+      const XmlNode at = doc.CurrentNode();
+      return std::string(at.name()) + "|" + ChildText(at, "Index") + "|" + ChildText(at, "Data1");
+    };
+    EXPECT_EQ(where(kept->ViewsDoc), where(fresh->ViewsDoc));
+    EXPECT_EQ(kept.Messages(), fresh.Messages());
+    EXPECT_EQ(kept->ProfileChanged, fresh->ProfileChanged);
+  }
+  // The odd set's overflowing row kept the colour the plain set's row gave it.
+  Select(kept, "P1");
+  Select(kept, "O1");
+  EXPECT_EQ(kept->FilterRowColor[0], static_cast<std::int32_t>(kEditableCellColor));
+  EXPECT_EQ(kept->FilterRowInputCount[0], 1);
+}
+
 }  // namespace
 }  // namespace cvve::testing

@@ -43,6 +43,17 @@ TEST(ProfileIndexTest, FindsTheFirstRecordTheExpressionSelects) {
                 "NotAProfile", "Outside", "Split", "first", " First"});
   EXPECT_EQ(ChildText(index.Find(doc, "Alias"), "Name"), "First");
 
+  // The first look-up in a freshly loaded document walks the records rather
+  // than building the index: each name as that first look-up.
+  const std::string text = doc.ToString();
+  for (const char* name : {"Split Name", "First", "Alias", "Deep", "", "Twice", "Second Section",
+                           "NotAProfile", "Outside", "first"}) {
+    SCOPED_TRACE(name);
+    ASSERT_TRUE(doc.LoadText(text));
+    EXPECT_EQ(index.Find(doc, name), ByExpression(doc, name));
+    EXPECT_EQ(index.Find(doc, name), ByExpression(doc, name));  // now through the index
+  }
+
   // Another document, or the same one loaded again, is indexed afresh.
   ASSERT_TRUE(doc.LoadText("<Views><Profiles><Profile><Name>Alias</Name></Profile>"
                            "</Profiles></Views>"));
@@ -166,6 +177,9 @@ TEST(ColumnIndexTest, FindsTheFirstColumnTheExpressionSelects) {
                                              "']/Columns/Column[Name='" + column + "']");
       EXPECT_EQ(index.Find(setup, data_set, column), expected);
     }
+    EXPECT_EQ(index.DataSet(setup, data_set),
+              SelectSingleNode(setup.Root(), std::string("DataSets/DataSet[Name='") + data_set +
+                                                 "']"));
   }
   EXPECT_EQ(ChildText(index.Find(setup, "Both", "Account"), "F"), "3");
   // A setup file loaded again is indexed afresh.
