@@ -97,10 +97,16 @@ TEST(KillHarnessTest, EveryFileIsOldOrNewAfterAKillAtAnyMoment) {
     const auto load_start = std::chrono::steady_clock::now();
     ASSERT_EQ(RunScript(demo.Path(), op.opening).code, 0);
     const auto loading = std::chrono::steady_clock::now() - load_start;
-    const auto start = std::chrono::steady_clock::now();
-    const Outcome full = RunScript(demo.Path(), op.script, {{kStepDelay}});
-    const auto took = std::chrono::steady_clock::now() - start;
-    ASSERT_EQ(full.code, 0) << full.err;
+    // The quickest of three runs: a run slowed by the machine's load would
+    // put most kills after the process has ended.
+    auto took = std::chrono::steady_clock::duration::max();
+    for (int run = 0; run < 3; ++run) {
+      demo.Reset();
+      const auto start = std::chrono::steady_clock::now();
+      const Outcome full = RunScript(demo.Path(), op.script, {{kStepDelay}});
+      took = std::min(took, std::chrono::steady_clock::now() - start);
+      ASSERT_EQ(full.code, 0) << full.err;
+    }
     const Files after = Snapshot(demo.Path());
     ASSERT_NE(before, after);
     std::vector<Files> allowed = {before, after};
