@@ -26,7 +26,7 @@ void LivePages::Stop(const QString& why) {
 
 int LivePages::Count() const {
   const std::lock_guard lock(mutex_);
-  return static_cast<int>(pages_.size());
+  return static_cast<int>(pages_.size()) + taken_;
 }
 
 LivePages::State LivePages::Now() const {
@@ -48,6 +48,7 @@ PageDescription LivePages::Page(int index) const {
 std::shared_ptr<const ReportLayout> LivePages::TakeWhole() {
   const std::lock_guard lock(mutex_);
   auto whole = std::make_shared<ReportLayout>(frame_);
+  taken_ += static_cast<int>(pages_.size());
   whole->pages = std::move(pages_);
   pages_.clear();
   return whole;

@@ -34,7 +34,7 @@ class LivePages {
   // stay, without their total. Nothing once complete.
   void Stop(const QString& why);
 
-  // From any thread.
+  // From any thread. Count() includes the pages taken away by TakeWhole.
   int Count() const;
   State Now() const;
   QString Why() const;  // what stopped the run
@@ -49,6 +49,7 @@ class LivePages {
   const ReportLayout frame_;
   mutable std::mutex mutex_;
   std::vector<PageDescription> pages_;
+  int taken_ = 0;
   State state_ = State::kRunning;
   QString why_;
 };
