@@ -8,8 +8,11 @@ int FindPageWithText(const ReportLayout& layout, const QString& needle, int from
   from = ((from % count) + count) % count;
   for (int step = 0; step < count; ++step) {
     const int page = (from + step) % count;
-    for (const PageText& text : layout.pages[static_cast<std::size_t>(page)].texts) {
-      if (text.text.contains(needle, Qt::CaseInsensitive)) return page;
+    const PageDescription& shown = layout.pages[static_cast<std::size_t>(page)];
+    for (const auto* texts : {&shown.texts, &shown.closing}) {
+      for (const PageText& text : *texts) {
+        if (text.text.contains(needle, Qt::CaseInsensitive)) return page;
+      }
     }
   }
   return -1;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "base/text.h"
 #include "reportengine/text_shaper.h"
@@ -74,12 +75,21 @@ double ColumnScale(const ReportDefinition& def) {
   return total > printable ? printable / total : 1.0;
 }
 
+// A summary figure placed once the report's figure font is known: only its
+// left end depends on that font.
+struct LateFigure {
+  ColumnBox column;
+  float baseline;
+  QString text;
+};
+
+}  // namespace
+
 class Paginator {
  public:
-  Paginator(const ReportDefinition& def, const ReportData& data, const ProgressFunction& progress)
+  Paginator(const ReportDefinition& def, StreamingPaginator::PageFunction on_page)
       : def_(def),
-        data_(data),
-        progress_(progress),
+        emit_(std::move(on_page)),
         scale_(ColumnScale(def)),
         font_scale_(std::max(kMinFontScale, scale_)),
         fonts_(std::make_shared<LayoutFonts>(font_scale_)),
@@ -94,7 +104,6 @@ class Paginator {
     layout_.orientation = def.orientation;
     layout_.width = PageWidth(def);
     layout_.height = PageHeight(def);
-    layout_.rows = data.RowCount();
     layout_.title = QString::fromStdString(def.name);
     layout_.font_scale = font_scale_;
     layout_.fonts = fonts_;
@@ -113,38 +122,84 @@ class Paginator {
     right_ = x;
     // The group value stands in the group heading; its column stays, blank.
     if (def.grouped) group_column_ = def.GroupColumn();
-    variable_lines_ = VariableLines();
     max_lines_ = std::max(1, static_cast<int>((bottom_ - kMargin - 2000) / body_.spacing));
   }
 
-  ReportLayout Run() {
-    ChooseSummaryFont();
+  const ReportLayout& Frame() const { return layout_; }
+  int PageCount() const { return pages_; }
+
+  void Begin(const ReportData& header) {
+    run_at_ = header.run_at;
+    variables_ = header.variables;
+    variable_lines_ = VariableLines();
     NewPage();
-    if (data_.RowCount() == 0) {
+  }
+
+  void BeginGroup(const ReportGroup& group) {
+    heading_ = group.heading;
+    if (def_.grouped) GroupHeading(false);
+  }
+
+  void Row(const QString* cells) {
+    RowAt(cells);
+    ++rows_done_;
+    if (progress_ && (rows_done_ & 1023) == 0 &&
+        !(*progress_)(QStringLiteral("Laying out pages"), rows_done_, total_rows_)) {
+      throw Cancelled();
+    }
+  }
+
+  void EndGroup(const ReportGroup& group) {
+    if (def_.grouped) Summary(group.totals, false);
+  }
+
+  void End(const ReportData& summary) {
+    layout_.rows = summary.RowCount();
+    if (summary.RowCount() == 0) {
       Text(kMargin + kPadding, y_ + body_.ascent, FontRole::kBody,
            QStringLiteral("No records found."));
       y_ += body_.spacing;
     }
-    for (const ReportGroup& group : data_.groups) {
-      if (def_.grouped) GroupHeading(group, false);
-      const std::size_t width = def_.columns.size();
-      const std::size_t rows = width == 0 ? 0 : group.cells.size() / width;
-      for (std::size_t r = 0; r < rows; ++r) {
-        Row(&group.cells[r * width], group);
-        if ((++rows_done_ & 1023) == 0 && progress_ &&
-            !progress_(QStringLiteral("Laying out pages"), rows_done_, data_.RowCount())) {
-          throw Cancelled();
-        }
+    Summary(summary.totals, true);
+    ended_ = true;
+    Emit();
+  }
+
+  // "Page N of M" (before the end "Page N") and the page's summary figures
+  // in the font chosen so far.
+  std::vector<PageText> ClosingTexts(int page) const {
+    std::vector<PageText> texts;
+    const auto index = static_cast<std::size_t>(page);
+    if (index < figures_.size()) {
+      const Metrics& m = *FiguresFont();
+      const FontRole role = FiguresRole();
+      for (const LateFigure& figure : figures_[index]) {
+        texts.push_back({static_cast<float>(X(figure.column, m.Width(figure.text))),
+                         figure.baseline, role, figure.text});
       }
-      if (def_.grouped) Summary(group.totals, false);
     }
-    Summary(data_.totals, true);
-    PageNumbers();
-    return std::move(layout_);
+    const QString number = ended_ ? QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages_)
+                                  : QStringLiteral("Page %1").arg(page + 1);
+    texts.push_back({static_cast<float>(layout_.width - kMargin - header_.Width(number)),
+                     static_cast<float>(title_baseline_), FontRole::kHeader, number});
+    return texts;
+  }
+
+  // Paginate's own: the rows to come, for its progress.
+  void SetProgress(const ProgressFunction* progress, long long total_rows) {
+    progress_ = progress != nullptr && *progress ? progress : nullptr;
+    total_rows_ = total_rows;
   }
 
  private:
-  PageDescription& Page() { return layout_.pages.back(); }
+  PageDescription& Page() { return page_; }
+
+  // Hands the page on, its closing texts as known now.
+  void Emit() {
+    page_.closing = ClosingTexts(pages_ - 1);
+    emit_(std::move(page_));
+    page_ = PageDescription();
+  }
 
   void Text(double x, double baseline, FontRole font, QString text) {
     Page().texts.push_back(
@@ -201,8 +256,15 @@ class Paginator {
         if (!line.isEmpty()) lines << line;
         line = word;
         while (break_words && !m.Fits(line, available) && line.size() > 1) {
-          int cut = line.size() - 1;
-          while (cut > 1 && !m.Fits(line.left(cut), available)) --cut;
+          // The longest start that fits, at least one character: found in
+          // one pass, not by measuring ever shorter starts (a long word
+          // would take time by the square of its length).
+          const qsizetype fit = m.shaper.FittingPrefix(line, available);
+          qsizetype cut = std::max<qsizetype>(1, fit);
+          if (fit < 0) {
+            cut = line.size() - 1;
+            while (cut > 1 && !m.Fits(line.left(cut), available)) --cut;
+          }
           lines << line.left(cut);
           line = line.mid(cut);
         }
@@ -213,7 +275,9 @@ class Paginator {
   }
 
   void NewPage() {
-    layout_.pages.emplace_back();
+    if (pages_ > 0) Emit();
+    ++pages_;
+    figures_.emplace_back();
     double y = kMargin;
     // Page header: report name, run date; "Page X of Y" is added at the end.
     Text(kMargin, y + title_.ascent, FontRole::kTitle, layout_.title);
@@ -221,7 +285,7 @@ class Paginator {
     y += title_.spacing;
     const QString run =
         QStringLiteral("Run ") + QLocale(QLocale::English, QLocale::UnitedStates)
-                                     .toString(data_.run_at, QStringLiteral("MM/dd/yyyy h:mm AP"));
+                                     .toString(run_at_, QStringLiteral("MM/dd/yyyy h:mm AP"));
     Text(kMargin, y + header_.ascent, FontRole::kHeader, run);
     y += header_.spacing;
     for (const QString& line : variable_lines_) {
@@ -251,16 +315,16 @@ class Paginator {
     y_ = y;
   }
 
-  void GroupHeading(const ReportGroup& group, bool continued) {
+  void GroupHeading(bool continued) {
     const double needed = body_.spacing / 2 + group_.spacing + body_.spacing;
     if (y_ + needed > bottom_) NewPage();
     if (!continued) y_ += body_.spacing / 2;
     Text(kMargin, y_ + group_.ascent, FontRole::kGroupHeading,
-         continued ? group.heading + QStringLiteral(" (continued)") : group.heading);
+         continued ? heading_ + QStringLiteral(" (continued)") : heading_);
     y_ += group_.spacing + 20;
   }
 
-  void Row(const QString* cells, const ReportGroup& group) {
+  void RowAt(const QString* cells) {
     int lines = 1;
     std::vector<QStringList> wrapped;
     if (def_.multi_line) {
@@ -282,7 +346,7 @@ class Paginator {
     const double height = lines * body_.spacing;
     if (y_ + height > bottom_) {
       NewPage();
-      if (def_.grouped) GroupHeading(group, true);
+      if (def_.grouped) GroupHeading(true);
     }
     for (std::size_t c = 0; c < columns_.size(); ++c) {
       if (GroupColumn(c)) continue;
@@ -305,7 +369,7 @@ class Paginator {
     QStringList lines;
     const double available = layout_.width - 2 * kMargin;
     const QString gap = QStringLiteral("     ");
-    for (const ReportData::Variable& variable : data_.variables) {
+    for (const ReportData::Variable& variable : variables_) {
       QString caption = variable.caption.trimmed();
       if (!caption.isEmpty() && !caption.endsWith(QLatin1Char(':'))) caption += QLatin1Char(':');
       const QString entry =
@@ -338,33 +402,24 @@ class Paginator {
   // level prints smaller than the one below it: the first in which every
   // figure of every level fits its column, bold, then the body's regular
   // weight, then the small font. A figure too wide even then reaches into
-  // its neighbour's room rather than being cut.
-  void ChooseSummaryFont() {
-    bool fits[2] = {true, true};  // summary_, body_
-    const auto check = [&](const Aggregate& totals, bool grand) {
-      for (const SummaryRow& row : SummaryRows(totals, grand)) {
-        for (std::size_t c = 0; c < row.figures.size(); ++c) {
-          const double available = columns_[c].width - 2 * kPadding;
-          if (row.figures[c].isEmpty()) continue;
-          fits[0] = fits[0] && summary_.Fits(row.figures[c], available);
-          fits[1] = fits[1] && body_.Fits(row.figures[c], available);
-        }
+  // its neighbour's room rather than being cut. Known for sure at the end.
+  void CheckFits(const std::vector<SummaryRow>& rows) {
+    for (const SummaryRow& row : rows) {
+      for (std::size_t c = 0; c < row.figures.size(); ++c) {
+        const double available = columns_[c].width - 2 * kPadding;
+        if (row.figures[c].isEmpty()) continue;
+        fits_[0] = fits_[0] && summary_.Fits(row.figures[c], available);
+        fits_[1] = fits_[1] && body_.Fits(row.figures[c], available);
       }
-    };
-    if (def_.grouped) {
-      for (const ReportGroup& group : data_.groups) check(group.totals, false);
     }
-    check(data_.totals, true);
-    if (fits[0]) {
-      figures_ = &summary_;
-      figures_role_ = FontRole::kSummary;
-    } else if (fits[1]) {
-      figures_ = &body_;
-      figures_role_ = FontRole::kBody;
-    } else {
-      figures_ = &summary_small_;
-      figures_role_ = FontRole::kSummarySmall;
-    }
+  }
+  const Metrics* FiguresFont() const {
+    return fits_[0] ? &summary_ : fits_[1] ? &body_ : &summary_small_;
+  }
+  FontRole FiguresRole() const {
+    return fits_[0]   ? FontRole::kSummary
+           : fits_[1] ? FontRole::kBody
+                      : FontRole::kSummarySmall;
   }
 
   // Totals, averages and the line count of a group or of the report. The
@@ -373,6 +428,7 @@ class Paginator {
   void Summary(const Aggregate& totals, bool grand) {
     const std::vector<SummaryRow> rows = SummaryRows(totals, grand);
     if (rows.empty()) return;
+    CheckFits(rows);
     const bool apart = grand && def_.grouped;
     const double rule = apart ? body_.spacing + 90 : 60;
     const double height = rule + rows.size() * summary_.spacing;
@@ -385,14 +441,16 @@ class Paginator {
       Line(kMargin, y_, right_, y_, 10);
     }
     y_ += 30;
-    const Metrics& m = *figures_;
     for (const SummaryRow& row : rows) {
       Text(kMargin + kPadding, y_ + summary_.ascent, FontRole::kSummary, row.label);
       for (std::size_t c = 0; c < row.figures.size(); ++c) {
+        if (row.figures[c].isEmpty()) continue;
         // The first column carries the label, so its figure sits right.
         ColumnBox box = columns_[c];
         if (c == 0) box.align = Align::kRight;
-        Cell(box, y_ + summary_.ascent - m.ascent, m, figures_role_, row.figures[c], true);
+        // Its baseline is the label's in any font; only its left end waits.
+        figures_.back().push_back(
+            {box, static_cast<float>(y_ + summary_.ascent), row.figures[c]});
       }
       y_ += summary_.spacing;
     }
@@ -416,24 +474,23 @@ class Paginator {
     return figures;
   }
 
-  void PageNumbers() {
-    const int count = static_cast<int>(layout_.pages.size());
-    for (int p = 0; p < count; ++p) {
-      const QString text = QStringLiteral("Page %1 of %2").arg(p + 1).arg(count);
-      layout_.pages[p].texts.push_back(
-          {static_cast<float>(layout_.width - kMargin - header_.Width(text)),
-           static_cast<float>(title_baseline_), FontRole::kHeader, text});
-    }
-  }
-
   const ReportDefinition& def_;
-  const ReportData& data_;
-  const ProgressFunction& progress_;
+  StreamingPaginator::PageFunction emit_;
+  const ProgressFunction* progress_ = nullptr;
+  long long total_rows_ = 0;
   double scale_;
   double font_scale_;
   std::shared_ptr<LayoutFonts> fonts_;
   Metrics title_, header_, column_header_, body_, group_, summary_, summary_small_;
-  ReportLayout layout_;
+  ReportLayout layout_;  // the frame: no pages
+  PageDescription page_;  // being filled
+  int pages_ = 0;
+  bool ended_ = false;
+  std::vector<std::vector<LateFigure>> figures_;  // by page
+  bool fits_[2] = {true, true};                   // every figure so far in summary_, body_
+  QDateTime run_at_;
+  std::vector<ReportData::Variable> variables_;
+  QString heading_;  // of the group being laid out
   std::vector<ColumnBox> columns_;
   double right_ = 0;
   double bottom_ = 0;
@@ -443,11 +500,8 @@ class Paginator {
   long long rows_done_ = 0;
   int group_column_ = -1;
   QStringList variable_lines_;
-  const Metrics* figures_ = nullptr;  // the summaries' figures' font
-  FontRole figures_role_ = FontRole::kSummary;
 };
 
-}  // namespace
 
 QFont LayoutFont(FontRole role, double scale) {
   static const std::array<std::pair<double, bool>, kFontRoles> kSizes = {{
@@ -518,9 +572,45 @@ QPageLayout ReportLayout::PageLayout() const {
       QMarginsF(0, 0, 0, 0));
 }
 
+StreamingPaginator::StreamingPaginator(const ReportDefinition& def, PageFunction page)
+    : impl_(std::make_unique<Paginator>(def, std::move(page))) {}
+StreamingPaginator::~StreamingPaginator() = default;
+const ReportLayout& StreamingPaginator::Frame() const { return impl_->Frame(); }
+int StreamingPaginator::PageCount() const { return impl_->PageCount(); }
+std::vector<PageText> StreamingPaginator::ClosingTexts(int page) const {
+  return impl_->ClosingTexts(page);
+}
+void StreamingPaginator::Begin(const ReportData& header) { impl_->Begin(header); }
+void StreamingPaginator::BeginGroup(const ReportGroup& group) { impl_->BeginGroup(group); }
+void StreamingPaginator::Row(const QString* cells) { impl_->Row(cells); }
+void StreamingPaginator::EndGroup(const ReportGroup& group) { impl_->EndGroup(group); }
+void StreamingPaginator::End(const ReportData& summary) { impl_->End(summary); }
+
 ReportLayout Paginate(const ReportDefinition& def, const ReportData& data,
                       const ProgressFunction& progress) {
-  return Paginator(def, data, progress).Run();
+  std::vector<PageDescription> pages;
+  Paginator paginator(def, [&pages](PageDescription page) { pages.push_back(std::move(page)); });
+  paginator.SetProgress(&progress, data.RowCount());
+  paginator.Begin(data);
+  const std::size_t width = def.columns.size();
+  for (const ReportGroup& group : data.groups) {
+    paginator.BeginGroup(group);
+    const std::size_t rows = width == 0 ? 0 : group.cells.size() / width;
+    for (std::size_t r = 0; r < rows; ++r) paginator.Row(&group.cells[r * width]);
+    paginator.EndGroup(group);
+  }
+  paginator.End(data);
+  ReportLayout layout = paginator.Frame();
+  layout.pages = std::move(pages);
+  // Held whole, the pages are final: their closing texts join the others.
+  for (std::size_t p = 0; p < layout.pages.size(); ++p) {
+    std::vector<PageText>& texts = layout.pages[p].texts;
+    std::vector<PageText> closing = paginator.ClosingTexts(static_cast<int>(p));
+    texts.insert(texts.end(), std::make_move_iterator(closing.begin()),
+                 std::make_move_iterator(closing.end()));
+    layout.pages[p].closing.clear();
+  }
+  return layout;
 }
 
 }  // namespace cvve::reportengine

@@ -6,6 +6,7 @@
 #include <QPageLayout>
 #include <QString>
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -43,6 +44,11 @@ struct PageLine {
 struct PageDescription {
   std::vector<PageText> texts;
   std::vector<PageLine> lines;
+  // What only the end of the run decides, drawn after `texts`: "Page N of
+  // M" and the figures of the page's totals and averages (their font is the
+  // one in which every summary of the report fits). While a report is still
+  // being laid out they hold the best guess so far ("Page N").
+  std::vector<PageText> closing;
 };
 
 class TextShaper;
@@ -83,6 +89,33 @@ QFont LayoutFont(FontRole role, double scale = 1.0);
 // Page size in twips, portrait: Letter 8.5x11 in, Legal 8.5x14 in, A4
 // 210x297 mm, Ledger 11x17 in.
 QSizeF PaperTwips(PageSize size);
+
+class Paginator;
+
+// The layout pass fed row by row while a report runs: each page is handed on
+// as soon as it is full, and only the page being filled is kept.
+class StreamingPaginator : public RowSink {
+ public:
+  using PageFunction = std::function<void(PageDescription page)>;
+  // `page` receives the pages in order; it may throw (Cancelled) to stop.
+  StreamingPaginator(const ReportDefinition& def, PageFunction page);
+  ~StreamingPaginator() override;
+
+  // The layout without its pages: paper, fonts, title (`rows` after End).
+  const ReportLayout& Frame() const;
+  // After End: how many pages, and a page's final closing texts.
+  int PageCount() const;
+  std::vector<PageText> ClosingTexts(int page) const;
+
+  void Begin(const ReportData& header) override;
+  void BeginGroup(const ReportGroup& group) override;
+  void Row(const QString* cells) override;
+  void EndGroup(const ReportGroup& group) override;
+  void End(const ReportData& summary) override;
+
+ private:
+  std::unique_ptr<Paginator> impl_;
+};
 
 // Throws Cancelled when the progress function says so.
 ReportLayout Paginate(const ReportDefinition& def, const ReportData& data,

@@ -17,6 +17,16 @@ LaidOutResult::LaidOutResult(ReportDefinition def, ReportData data,
       layout_(std::move(layout)),
       variables_(std::move(variables)) {}
 
+LiveResult::LiveResult(std::unique_ptr<LiveReport> live, std::vector<std::string> variables)
+    : live_(std::move(live)), variables_(std::move(variables)) {}
+
+LiveResult::~LiveResult() = default;
+
+int LiveResult::Count() const {
+  if (live_->Finished() && live_->Outcome()->Ok() && live_->Data().RowCount() == 0) return 0;
+  return live_->Pages()->Count();
+}
+
 int LaidOutResult::Count() const {
   return data_.RowCount() == 0 ? 0 : static_cast<int>(layout_->pages.size());
 }
@@ -69,10 +79,14 @@ std::unique_ptr<ReportResult> SqlReport::Run() {
     if (!values_[i].empty()) run.variables[def_.variables[i].name] = values_[i];
     used.push_back(def_.variables[i].name + "=" + values_[i]);
   }
-  ReportData data;
   if (in_background_) {
-    data = RunReportInBackground(def_, run, settings_.database, settings_.limits, window_);
-  } else {
+    auto live = std::make_unique<LiveReport>(def_, run, settings_.database, settings_.limits);
+    live->WaitForFirstPage(window_);
+    warnings_ = live->Finished() ? live->Data().warnings : std::vector<std::string>();
+    return std::make_unique<LiveResult>(std::move(live), std::move(used));
+  }
+  ReportData data;
+  {
     GuardedConnection db(settings_.database, settings_.limits);
     data = RunReport(def_, db, run);
   }
@@ -88,6 +102,13 @@ class WindowViewer : public ReportViewer {
   explicit WindowViewer(QWidget* parent) : parent_(parent) {}
   void SetResult(std::unique_ptr<ReportResult> result) override { result_ = std::move(result); }
   void Show() override {
+    if (const auto* live = dynamic_cast<const LiveResult*>(result_.get())) {
+      LiveReport& run = live->Live();
+      ReportViewerWindow window(run.Pages(), [&run] { run.Cancel(); }, parent_.data());
+      window.SetRows(&run.Definition(), &run.Data());
+      window.exec();
+      return;
+    }
     const auto* laid_out = dynamic_cast<const LaidOutResult*>(result_.get());
     if (laid_out == nullptr) return;
     ReportViewerWindow window(laid_out->Layout(), parent_.data());

@@ -45,6 +45,24 @@ class LaidOutResult : public ReportResult {
   std::vector<std::string> variables_;
 };
 
+class LiveReport;
+
+// A run from the window: its viewer opens while later pages are still
+// being laid out.
+class LiveResult : public ReportResult {
+ public:
+  LiveResult(std::unique_ptr<LiveReport> live, std::vector<std::string> variables);
+  ~LiveResult() override;
+  // Pages so far; 0 when the run ended without rows.
+  int Count() const override;
+  LiveReport& Live() const { return *live_; }
+  const std::vector<std::string>& Variables() const { return variables_; }
+
+ private:
+  std::unique_ptr<LiveReport> live_;
+  std::vector<std::string> variables_;
+};
+
 class SqlReport : public Report {
  public:
   // In the background the statements run off this thread (the window stays
@@ -61,12 +79,14 @@ class SqlReport : public Report {
   std::string VariableName(int position) const override;
   std::string VariableValue(int position) const override;
   void SetVariableValue(int position, const std::string& value) override;
-  // A LaidOutResult (Count 0 when no rows). Throws cvve::Error when nothing
+  // A LaidOutResult (Count 0 when no rows); in the background a LiveResult
+  // as soon as the first page is laid out. Throws cvve::Error when nothing
   // is loaded or the run fails (BadVariable, GuardError: see RunReport),
   // Cancelled when the user stops it.
   std::unique_ptr<ReportResult> Run() override;
 
-  // Warnings of the last run (variables without a value).
+  // Warnings of the last run (variables without a value); in the background
+  // those known when the first page came.
   const std::vector<std::string>& Warnings() const { return warnings_; }
 
  private:

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "base/text.h"
+#include "reportengine/guard/limits.h"
 #include "reportengine/language/report_expression.h"
 #include "reportengine/value_format.h"
 #include "variables/variable_values.h"
@@ -120,8 +121,11 @@ class Runner {
     if (settings_.progress && !settings_.progress(stage, done, total)) throw Cancelled();
   }
 
+  // Reads a statement's rows into `sink`, each formatted by its column and
+  // summed into the group's totals; a grouped report's group begins at its
+  // first row (`lazy`), so that one without rows leaves no trace.
   void ReadRows(GuardedQuery& query, ReportGroup& group, const char* element,
-                const std::string& statement) {
+                const std::string& statement, bool lazy) {
     const int available = query.ColumnCount();
     if (available < sql_columns_) {
       throw Error(def_.source + ": the " + element + " returns " + std::to_string(available) +
@@ -131,17 +135,27 @@ class Runner {
     const std::size_t width = plans_.size();
     group.totals.sum.assign(width, 0);
     group.totals.count.assign(width, 0);
+    if (!lazy) sink_->BeginGroup(group);
+    std::vector<QString> cells(width);
+    const long long row_limit = db_->Limits().row_limit;
     long long line = 0;
     while (Next(query, element, statement)) {
+      // The limit holds for the run, not only for each of its statements.
+      if (data_.totals.rows + line >= row_limit) {
+        Guarded(element, statement, true, [&]() -> bool {
+          throw GuardError(GuardError::Kind::kRowLimit, RowLimitMessage(db_->Limits()));
+        });
+      }
+      if (line == 0 && lazy) sink_->BeginGroup(group);
       ++line;
       for (std::size_t c = 0; c < width; ++c) {
         const ColumnPlan& plan = plans_[c];
         if (plan.computed) {
-          group.cells.push_back(plan.line_number ? QString::number(line) : QString());
+          cells[c] = plan.line_number ? QString::number(line) : QString();
           continue;
         }
         const QVariant value = query.Value(plan.source);
-        group.cells.push_back(FormatCell(value, plan.kind));
+        cells[c] = FormatCell(value, plan.kind);
         if (plan.numeric) {
           if (const std::optional<double> number = NumericValue(value)) {
             group.totals.sum[c] += *number;
@@ -149,12 +163,15 @@ class Runner {
           }
         }
       }
+      sink_->Row(cells.data());
       if ((line & 1023) == 0) Check(QStringLiteral("Reading rows"), data_.totals.rows + line, 0);
     }
     group.totals.rows = line;
+    if (line > 0 || !lazy) sink_->EndGroup(group);
   }
 
-  ReportData Run() {
+  void Run(RowSink& sink) {
+    sink_ = &sink;
     data_.run_at = QDateTime::currentDateTime();
     for (const ReportVariable& variable : def_.variables) {
       const auto it = values_.find(VariableKey(variable.name));
@@ -166,16 +183,18 @@ class Runner {
     data_.totals.count.assign(plans_.size(), 0);
     if (!def_.grouped) {
       const std::string statement = Statement(def_.statement, "Statement", nullptr);
+      sink.Begin(data_);
       Check(QStringLiteral("Running the statement"), 0, 0);
       GuardedQuery query = Execute(statement, "Statement");
       ReportGroup group;
-      ReadRows(query, group, "Statement", statement);
+      ReadRows(query, group, "Statement", statement, false);
       data_.totals.Add(group.totals);
-      data_.groups.push_back(std::move(group));
-      return std::move(data_);
+      sink.End(data_);
+      return;
     }
 
     const std::string group_statement = Statement(def_.group_statement, "GroupStatement", nullptr);
+    sink.Begin(data_);
     Check(QStringLiteral("Finding the groups"), 0, 0);
     std::vector<QString> values;
     {
@@ -198,12 +217,10 @@ class Runner {
       group.value = values[g];
       group.display = FormatCell(QVariant(values[g]), group_kind);
       group.heading = title + QStringLiteral(": ") + group.display;
-      ReadRows(query, group, "Statement", statement);
-      if (group.totals.rows == 0) continue;
+      ReadRows(query, group, "Statement", statement, true);
       data_.totals.Add(group.totals);
-      data_.groups.push_back(std::move(group));
     }
-    return std::move(data_);
+    sink.End(data_);
   }
 
  private:
@@ -214,10 +231,42 @@ class Runner {
   std::vector<ColumnPlan> plans_;
   int sql_columns_ = 0;
   std::set<std::string> warned_;
-  ReportData data_;
+  ReportData data_;  // the header and the totals; the rows go to the sink
+  RowSink* sink_ = nullptr;
 };
 
 }  // namespace
+
+void RowCollector::Begin(const ReportData& header) { data_ = header; }
+void RowCollector::BeginGroup(const ReportGroup& group) { data_.groups.push_back(group); }
+void RowCollector::Row(const QString* cells) {
+  if (!keep_rows_) return;
+  std::vector<QString>& out = data_.groups.back().cells;
+  out.insert(out.end(), cells, cells + width_);
+}
+void RowCollector::EndGroup(const ReportGroup& group) {
+  data_.groups.back().totals = group.totals;
+}
+void RowCollector::End(const ReportData& summary) {
+  data_.totals = summary.totals;
+  data_.warnings = summary.warnings;
+}
+
+void RowTee::Begin(const ReportData& header) {
+  for (RowSink* sink : sinks_) sink->Begin(header);
+}
+void RowTee::BeginGroup(const ReportGroup& group) {
+  for (RowSink* sink : sinks_) sink->BeginGroup(group);
+}
+void RowTee::Row(const QString* cells) {
+  for (RowSink* sink : sinks_) sink->Row(cells);
+}
+void RowTee::EndGroup(const ReportGroup& group) {
+  for (RowSink* sink : sinks_) sink->EndGroup(group);
+}
+void RowTee::End(const ReportData& summary) {
+  for (RowSink* sink : sinks_) sink->End(summary);
+}
 
 void Aggregate::Add(const Aggregate& other) {
   if (sum.size() < other.sum.size()) {
@@ -251,10 +300,17 @@ void CheckVariables(const ReportDefinition& def,
 
 ReportData RunReport(const ReportDefinition& def, GuardedConnection& db,
                      const RunSettings& settings) {
+  RowCollector sink(def.columns.size());
+  StreamReport(def, db, settings, sink);
+  return sink.Take();
+}
+
+void StreamReport(const ReportDefinition& def, GuardedConnection& db, const RunSettings& settings,
+                  RowSink& sink) {
   std::map<std::string, std::string> values;
   for (const auto& [name, value] : settings.variables) values[VariableKey(name)] = value;
   CheckVariables(def, values);
-  return Runner(def, &db, settings).Run();
+  Runner(def, &db, settings).Run(sink);
 }
 
 std::string FirstStatement(const ReportDefinition& def, const RunSettings& settings) {

@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QString>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -58,6 +59,59 @@ struct ReportData {
   long long RowCount() const { return totals.rows; }
 };
 
+// Receives a report's rows while they are read, so that pages can be laid
+// out (and written) before the run ends. Calls come in this order: Begin;
+// for each group that has rows BeginGroup, Row for each row, EndGroup (an
+// ungrouped report has one group, even without rows); End.
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+  // The run's date and variables; no groups yet.
+  virtual void Begin(const ReportData& header) = 0;
+  // The group's value, display and heading; no cells.
+  virtual void BeginGroup(const ReportGroup& group) = 0;
+  // One formatted cell per report column.
+  virtual void Row(const QString* cells) = 0;
+  // The group's totals.
+  virtual void EndGroup(const ReportGroup& group) = 0;
+  // The report's totals and the warnings; no groups.
+  virtual void End(const ReportData& summary) = 0;
+};
+
+// Keeps what the run gives: the whole report in memory, or (without
+// `keep_rows`) only its header, groups' totals and report totals.
+class RowCollector : public RowSink {
+ public:
+  explicit RowCollector(std::size_t width, bool keep_rows = true)
+      : width_(width), keep_rows_(keep_rows) {}
+  void Begin(const ReportData& header) override;
+  void BeginGroup(const ReportGroup& group) override;
+  void Row(const QString* cells) override;
+  void EndGroup(const ReportGroup& group) override;
+  void End(const ReportData& summary) override;
+  const ReportData& Data() const { return data_; }
+  ReportData Take() { return std::move(data_); }
+
+ private:
+  std::size_t width_;
+  bool keep_rows_;
+  ReportData data_;
+};
+
+// Hands every call on to each of its sinks, in order.
+class RowTee : public RowSink {
+ public:
+  RowTee(std::initializer_list<RowSink*> sinks) : sinks_(sinks) {}
+  void Begin(const ReportData& header) override;
+  void BeginGroup(const ReportGroup& group) override;
+  void Row(const QString* cells) override;
+  void EndGroup(const ReportGroup& group) override;
+  void End(const ReportData& summary) override;
+
+ private:
+  std::vector<RowSink*> sinks_;
+};
+
 struct RunSettings {
   // Values by name ("$" + name; matched without regard to case).
   std::map<std::string, std::string> variables;
@@ -77,6 +131,12 @@ void CheckVariables(const ReportDefinition& def, const std::map<std::string, std
 // selects no rows are left out.
 ReportData RunReport(const ReportDefinition& def, GuardedConnection& db,
                      const RunSettings& settings);
+
+// As RunReport, the rows handed to `sink` as they are read instead of being
+// kept. The row limit holds for the whole run (the rows of all of a grouped
+// report's statements together), not only for each statement.
+void StreamReport(const ReportDefinition& def, GuardedConnection& db, const RunSettings& settings,
+                  RowSink& sink);
 
 // The statement text a report runs first (the group statement of a grouped
 // report, else its statement), for tests and benchmarks.

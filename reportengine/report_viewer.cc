@@ -17,6 +17,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QSpinBox>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -36,6 +37,7 @@ constexpr double kScreenDpi = 96;
 constexpr double kMinZoom = 0.1;
 constexpr double kMaxZoom = 8.0;
 constexpr int kProgressDelayMs = 400;
+constexpr int kRefreshMs = 100;  // how often a live report's new pages are taken in
 
 struct ProgressState {
   QPointer<QWidget> parent;
@@ -81,6 +83,25 @@ ProgressFunction GuiProgress(QWidget* parent, const QString& title) {
 
 ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layout, QWidget* parent)
     : QDialog(parent), layout_(std::move(layout)) {
+  Build();
+}
+
+ReportViewerWindow::ReportViewerWindow(std::shared_ptr<LivePages> pages,
+                                       std::function<void()> cancel, QWidget* parent)
+    : QDialog(parent),
+      layout_(std::make_shared<const ReportLayout>(pages->Frame())),
+      live_(std::move(pages)),
+      cancel_(std::move(cancel)) {
+  live_count_ = live_->Count();
+  Build();
+  refresh_ = new QTimer(this);
+  refresh_->setInterval(kRefreshMs);
+  connect(refresh_, &QTimer::timeout, this, &ReportViewerWindow::Refresh);
+  refresh_->start();
+  Refresh();
+}
+
+void ReportViewerWindow::Build() {
   setWindowTitle(layout_->title.isEmpty() ? QStringLiteral("Report") : layout_->title);
   auto* bar = new QHBoxLayout;
   auto button = [this, bar](const QString& text, const QString& tip, auto slot) {
@@ -102,8 +123,13 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   connect(page_box_, &QSpinBox::valueChanged, this, [this](int value) { ShowPage(value - 1); });
   bar->addWidget(new QLabel(QStringLiteral("Page"), this));
   bar->addWidget(page_box_);
-  page_count_ = new QLabel(QStringLiteral("of %1").arg(PageCount()), this);
+  page_count_ = new QLabel(PageCountText(), this);
+  page_count_->setObjectName(QStringLiteral("lblPageCount"));
   bar->addWidget(page_count_);
+  if (live_) {
+    cancel_button_ = button(QStringLiteral("Cancel"), QStringLiteral("Stop the report's run"),
+                            &ReportViewerWindow::CancelRun);
+  }
   next_ = button(QStringLiteral(">"), QStringLiteral("Next page"), &ReportViewerWindow::NextPage);
   last_ = button(QStringLiteral(">|"), QStringLiteral("Last page"), &ReportViewerWindow::LastPage);
   bar->addSpacing(16);
@@ -132,9 +158,9 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   find_result_->setObjectName(QStringLiteral("lblFindResult"));
   bar->addWidget(find_result_);
   bar->addStretch();
-  button(QStringLiteral("Print..."), QStringLiteral("Print the report (Ctrl+P)"),
-         &ReportViewerWindow::Print);
-  button(QStringLiteral("Save as..."),
+  print_ = button(QStringLiteral("Print..."), QStringLiteral("Print the report (Ctrl+P)"),
+                 &ReportViewerWindow::Print);
+  save_ = button(QStringLiteral("Save as..."),
          QStringLiteral("Save the report as a PDF file, an Excel workbook or CSV"),
          &ReportViewerWindow::SaveAsDialog);
   button(QStringLiteral("Close"), QStringLiteral("Close the viewer"), &QDialog::accept);
@@ -171,10 +197,55 @@ ReportViewerWindow::ReportViewerWindow(std::shared_ptr<const ReportLayout> layou
   Render();
 }
 
-ReportViewerWindow::~ReportViewerWindow() = default;
+ReportViewerWindow::~ReportViewerWindow() {
+  if (Running()) CancelRun();
+}
 
-int ReportViewerWindow::PageCount() const { return static_cast<int>(layout_->pages.size()); }
+int ReportViewerWindow::PageCount() const {
+  return live_ ? live_count_ : static_cast<int>(layout_->pages.size());
+}
 
+QString ReportViewerWindow::PageCountText() const {
+  if (!live_) return QStringLiteral("of %1").arg(PageCount());
+  if (live_->Now() == LivePages::State::kRunning) {
+    return QStringLiteral("of %1 so far").arg(PageCount());
+  }
+  return QStringLiteral("of %1 (stopped: %2)").arg(PageCount()).arg(live_->Why());
+}
+
+void ReportViewerWindow::CancelRun() {
+  if (cancel_) cancel_();
+}
+
+void ReportViewerWindow::Refresh() {
+  if (!live_) return;
+  const LivePages::State state = live_->Now();  // before the count: no page added after it is missed
+  const int count = live_->Count();
+  const bool grew = count != live_count_;
+  live_count_ = count;
+  if (state == LivePages::State::kComplete) {
+    // Every page has its total now; the window holds the whole layout.
+    layout_ = live_->TakeWhole();
+    live_.reset();
+    refresh_->stop();
+  } else if (state == LivePages::State::kStopped) {
+    refresh_->stop();
+  }
+  if (state != LivePages::State::kRunning && cancel_button_ != nullptr) {
+    cancel_button_->setEnabled(false);
+  }
+  {
+    const QSignalBlocker block(page_box_);
+    page_box_->setRange(1, std::max(1, PageCount()));
+  }
+  page_count_->setText(PageCountText());
+  // The page shown gets its total (or its first look, when it came now).
+  if (state != LivePages::State::kRunning || (grew && image_shown_empty_)) {
+    Render();
+  } else {
+    UpdateControls();
+  }
+}
 void ReportViewerWindow::ShowPage(int index) {
   index = std::clamp(index, 0, std::max(0, PageCount() - 1));
   if (index == page_ && !image_.isNull()) return;
@@ -241,7 +312,13 @@ void ReportViewerWindow::FitPage() {
 
 void ReportViewerWindow::Render() {
   const double ratio = devicePixelRatioF();
-  image_ = RenderPageImage(*layout_, page_, kScreenDpi * zoom_ * ratio);
+  if (live_) {
+    image_shown_empty_ = page_ >= live_count_;
+    image_ = RenderPageImage(*layout_, live_->Page(page_), kScreenDpi * zoom_ * ratio);
+  } else {
+    image_shown_empty_ = false;
+    image_ = RenderPageImage(*layout_, page_, kScreenDpi * zoom_ * ratio);
+  }
   image_.setDevicePixelRatio(ratio);
   canvas_->setPixmap(QPixmap::fromImage(image_));
   canvas_->resize(image_.size() / ratio);
@@ -255,6 +332,10 @@ void ReportViewerWindow::UpdateControls() {
   previous_->setEnabled(page_ > 0);
   next_->setEnabled(page_ + 1 < PageCount());
   last_->setEnabled(page_ + 1 < PageCount());
+  // Printing, saving and finding take the whole report.
+  print_->setEnabled(!live_);
+  save_->setEnabled(!live_);
+  find_box_->setEnabled(!live_);
   zoom_label_->setText(QStringLiteral("%1%").arg(std::lround(zoom_ * 100)));
 }
 
@@ -283,6 +364,7 @@ void ReportViewerWindow::Print() {
 }
 
 bool ReportViewerWindow::SaveAsPdf(const QString& path) {
+  if (live_) return false;  // the report is not complete
   try {
     WritePdf(*layout_, path, GuiProgress(this, QStringLiteral("Save as PDF")));
     return true;
@@ -300,6 +382,7 @@ void ReportViewerWindow::SetRows(const ReportDefinition* definition, const Repor
 }
 
 bool ReportViewerWindow::SaveAs(const QString& path) {
+  if (live_) return false;  // the report is not complete
   const bool rows = def_ != nullptr && data_ != nullptr;
   const bool xlsx = rows && path.endsWith(QStringLiteral(".xlsx"), Qt::CaseInsensitive);
   const bool csv = rows && path.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive);

@@ -3,14 +3,17 @@
 // page navigation, find text, Print (through the print dialog) and "Save as"
 // PDF, or, given the report's rows, an Excel workbook or CSV.
 #include <QDialog>
+#include <functional>
 #include <memory>
 
+#include "reportengine/live_pages.h"
 #include "reportengine/paginator.h"
 
 class QLabel;
 class QLineEdit;
 class QScrollArea;
 class QSpinBox;
+class QTimer;
 class QToolButton;
 
 namespace cvve::reportengine {
@@ -25,10 +28,24 @@ class ReportViewerWindow : public QDialog {
  public:
   explicit ReportViewerWindow(std::shared_ptr<const ReportLayout> layout,
                               QWidget* parent = nullptr);
+  // A report still being laid out: the window shows the pages there are,
+  // how many so far, and Cancel (which calls `cancel`); printing, saving and
+  // finding wait for the end. Closing the window cancels the run.
+  ReportViewerWindow(std::shared_ptr<LivePages> pages, std::function<void()> cancel,
+                     QWidget* parent = nullptr);
   ~ReportViewerWindow() override;
 
   int CurrentPage() const { return page_; }  // 0-based
   int PageCount() const;
+  // Whether pages are still coming.
+  bool Running() const { return live_ != nullptr && live_->Now() == LivePages::State::kRunning; }
+  // "of 12", "of 12 so far", "of 12 (stopped: ...)".
+  QString PageCountText() const;
+  // Takes in the pages laid out since the last look (the window does so
+  // every moment by itself).
+  void Refresh();
+  // Stops the run that still lays out pages.
+  void CancelRun();
   double Zoom() const { return zoom_; }  // 1.0: actual size
   // The page as the window shows it now.
   const QImage& ShownImage() const { return image_; }
@@ -66,11 +83,20 @@ class ReportViewerWindow : public QDialog {
 
  private:
   enum class Fit { kNone, kWidth, kPage };
+  void Build();
   void Render();
   void UpdateControls();
   double FitZoom(Fit fit) const;
 
-  std::shared_ptr<const ReportLayout> layout_;
+  std::shared_ptr<const ReportLayout> layout_;  // while live: the frame, without pages
+  std::shared_ptr<LivePages> live_;             // until the run completes
+  std::function<void()> cancel_;
+  int live_count_ = 0;                          // pages taken in so far
+  bool image_shown_empty_ = false;              // the page shown had not come yet
+  QTimer* refresh_ = nullptr;
+  QToolButton* cancel_button_ = nullptr;
+  QToolButton* print_ = nullptr;
+  QToolButton* save_ = nullptr;
   const ReportDefinition* def_ = nullptr;
   const ReportData* data_ = nullptr;
   int page_ = 0;

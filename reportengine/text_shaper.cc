@@ -58,6 +58,19 @@ double TextShaper::Width(const QString& text) const {
   return width;
 }
 
+qsizetype TextShaper::FittingPrefix(const QString& text, double available) const {
+  if (!Simple(text)) return -1;
+  // Summed from the left as Width sums, so the answer is Width's to the bit.
+  double width = 0;
+  qsizetype fit = 0;
+  for (QChar c : text) {
+    width += GlyphOf(c.unicode()).advance;
+    if (width > available) break;
+    ++fit;
+  }
+  return fit;
+}
+
 QString TextShaper::Elided(const QString& text, double available) const {
   if (!Simple(text) || GlyphOf(kEllipsis).index == 0) {
     return metrics_.elidedText(text, Qt::ElideRight, available);

@@ -24,6 +24,9 @@ class TextShaper {
   double LineSpacing() const { return spacing_; }
 
   double Width(const QString& text) const;
+  // How many leading characters of the text fit in `available` (0 to its
+  // length), measured in one pass; -1 when the text needs shaping.
+  qsizetype FittingPrefix(const QString& text, double available) const;
   // The text cut to `available` with "…" at the end; the text itself when it fits.
   QString Elided(const QString& text, double available) const;
   // Draws the text with its baseline's left end at `origin`.

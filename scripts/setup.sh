@@ -8,9 +8,9 @@ packages=(
   libpugixml-dev libcli11-dev nlohmann-json3-dev libicu-dev libxxhash-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev
-  libharfbuzz-dev zlib1g-dev fonts-dejavu-core libxlsxwriter-dev unzip
+  libharfbuzz-dev zlib1g-dev libdeflate-dev fonts-dejavu-core libxlsxwriter-dev unzip
   sqlite3 libsqlite3-dev libpq-dev
-  xvfb xauth poppler-utils
+  xvfb xauth poppler-utils valgrind time
   librsvg2-bin desktop-file-utils appstream man-db groff-base lintian dpkg-dev file
 )
 [[ "${CVVE_WITH_POSTGRES:-1}" == 1 ]] && packages+=(postgresql)

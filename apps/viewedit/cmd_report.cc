@@ -137,6 +137,19 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     }
 
     re::GuardedConnection db(options.database, limits);
+    if (!args.pdf.empty() && args.csv.empty() && args.xlsx.empty()) {
+      // The PDF alone: pages are written as the rows come, nothing is held.
+      const re::WrittenReport written =
+          re::WriteReportPdf(def, db, settings, QString::fromStdString(args.pdf));
+      for (const std::string& warning : written.warnings) {
+        if (show_progress) std::cerr << "\r";
+        std::cerr << "viewedit report: warning: " << warning << "\n";
+      }
+      if (show_progress) std::cerr << "\r";
+      std::cerr << "viewedit report: " << written.rows << " rows, " << written.pages
+                << (written.pages == 1 ? " page" : " pages") << " -> " << args.pdf << "\n";
+      return 0;
+    }
     const re::ReportData data = re::RunReport(def, db, settings);
     for (const std::string& warning : data.warnings) {
       if (show_progress) std::cerr << "\r";

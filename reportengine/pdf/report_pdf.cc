@@ -1,5 +1,6 @@
 #include "reportengine/pdf/report_pdf.h"
 
+#include <QBuffer>
 #include <QDateTime>
 #include <QtConcurrent/QtConcurrentMap>
 #include <algorithm>
@@ -115,6 +116,29 @@ class PageContent {
     return true;
   }
 
+  // Texts alone (a page's closing texts), in a text object of their own.
+  bool WriteTexts(const std::vector<PageText>& texts, std::string& out) {
+    PageDescription page;
+    page.texts = texts;
+    return Write(page, out);
+  }
+
+  // Whether Write would succeed: every font embeddable, every character in it.
+  bool Writable(const PageDescription& page) {
+    for (const auto* texts : {&page.texts, &page.closing}) {
+      for (const PageText& text : *texts) {
+        if (text.text.isEmpty()) continue;
+        if (fonts_.Of(text.font).resource < 0) return false;
+        const TextShaper& shaper = shapers_.Of(text.font);
+        for (const QChar c : text.text) {
+          const quint32 glyph = shaper.GlyphIndex(c.unicode());
+          if (glyph == 0 || glyph > 0xFFFF) return false;
+        }
+      }
+    }
+    return true;
+  }
+
  private:
   void Number(double value) {
     AppendNumber(*out_, value);
@@ -212,94 +236,149 @@ std::string Date(const QDateTime& time) {
   return "(D:" + time.toString(QStringLiteral("yyyyMMddHHmmss")).toStdString() + ")";
 }
 
-// Every page's content stream, compressed; none when a page needs Qt's
-// writer. Pages are made on this thread and compressed on the others, a
-// batch behind.
-std::optional<std::vector<std::string>> PageStreams(const ReportLayout& layout,
-                                                    const LayoutFonts& shapers, FontTable& fonts,
-                                                    const ProgressFunction& progress) {
-  const std::size_t count = layout.pages.size();
-  std::vector<std::string> streams(count);
-  QFuture<void> compressing;
-  // The workers hold on to `streams`: they finish before it goes, however
-  // this function ends.
-  struct Wait {
-    QFuture<void>& future;
-    ~Wait() { future.waitForFinished(); }
-  } wait{compressing};
-  PageContent content(fonts, shapers, layout.height / kTwipsPerPoint);
-  std::size_t size_hint = 0;
-  for (std::size_t start = 0; start < count; start += kBatch) {
-    const std::size_t end = std::min(count, start + kBatch);
-    for (std::size_t i = start; i < end; ++i) {
-      if (progress && !progress(QStringLiteral("Writing PDF"), static_cast<long long>(i),
-                                static_cast<long long>(count))) {
-        throw Cancelled();
-      }
-      streams[i].reserve(size_hint);
-      if (!content.Write(layout.pages[i], streams[i])) return std::nullopt;
-      size_hint = std::max(size_hint, streams[i].size());
-    }
-    compressing.waitForFinished();
-    compressing = QtConcurrent::map(
-        streams.begin() + static_cast<std::ptrdiff_t>(start),
-        streams.begin() + static_cast<std::ptrdiff_t>(end),
-        [](std::string& page) { page = Deflate(page, kPageCompression); });
-  }
-  compressing.waitForFinished();
-  return streams;
-}
-
 }  // namespace
 
-bool WriteLayoutPdf(const ReportLayout& layout, QIODevice& out, const ProgressFunction& progress) {
-  std::shared_ptr<const LayoutFonts> shapers = layout.fonts;
-  if (!shapers) shapers = std::make_shared<LayoutFonts>(layout.font_scale);
-  FontTable fonts(*shapers);
-  // Every page is made before a byte is written, so that a page that needs
-  // Qt's writer leaves nothing behind.
-  std::optional<std::vector<std::string>> streams = PageStreams(layout, *shapers, fonts, progress);
-  if (!streams) return false;
-
-  ObjectWriter writer(out);
-  const int catalog = writer.Reserve();
-  const int tree = writer.Reserve();
-  const int info = writer.Reserve();
-  const int resources = writer.Reserve();
-  std::vector<int> font_objects;
-  for (std::size_t f = 0; f < fonts.Count(); ++f) font_objects.push_back(writer.Reserve());
-
-  std::string kids;
-  std::string media = "[0 0 ";
-  AppendNumber(media, layout.width / kTwipsPerPoint);
-  media += ' ';
-  AppendNumber(media, layout.height / kTwipsPerPoint);
-  media += ']';
-  for (std::string& content : *streams) {
-    const int page = writer.Reserve();
-    const int stream = writer.Reserve();
-    writer.Stream(stream, "", content, true);
-    std::string().swap(content);
-    writer.Object(page, "<< /Type /Page /Parent " + std::to_string(tree) + " 0 R /MediaBox " +
-                            media + " /Resources " + std::to_string(resources) +
-                            " 0 R /Contents " + std::to_string(stream) + " 0 R >>");
-    kids += std::to_string(page) + " 0 R ";
+// The writer's state: objects reserved up front, pages compressed a batch
+// at a time on the other threads while this one makes the next batch.
+struct StreamWriter::State {
+  State(const ReportLayout& frame, QIODevice& out)
+      : shapers(frame.fonts ? frame.fonts : std::make_shared<LayoutFonts>(frame.font_scale)),
+        fonts(*shapers),
+        content(fonts, *shapers, frame.height / kTwipsPerPoint),
+        writer(out),
+        title(frame.title) {
+    catalog = writer.Reserve();
+    tree = writer.Reserve();
+    info = writer.Reserve();
+    resources = writer.Reserve();
+    media = "[0 0 ";
+    AppendNumber(media, frame.width / kTwipsPerPoint);
+    media += ' ';
+    AppendNumber(media, frame.height / kTwipsPerPoint);
+    media += ']';
   }
-  writer.Object(tree, "<< /Type /Pages /Kids [" + kids + "] /Count " + std::to_string(streams->size()) +
-                          " >>");
-  std::string font_names;
-  for (std::size_t f = 0; f < font_objects.size(); ++f) {
-    font_names += "/F" + std::to_string(f + 1) + " " + std::to_string(font_objects[f]) + " 0 R ";
-    fonts.Font(static_cast<int>(f)).Write(writer, font_objects[f]);
+  ~State() { compressing.waitForFinished(); }
+
+  // Writes the compressed batch (once its compression ends) and starts
+  // compressing `batch`.
+  void Flush() {
+    compressing.waitForFinished();
+    for (const std::string& deflated : compressed) {
+      const int page = writer.Reserve();
+      const int stream = writer.Reserve();
+      const int closing = writer.Reserve();
+      writer.Stream(stream, "", deflated, true);
+      writer.Object(page, "<< /Type /Page /Parent " + std::to_string(tree) + " 0 R /MediaBox " +
+                              media + " /Resources " + std::to_string(resources) +
+                              " 0 R /Contents [" + std::to_string(stream) + " 0 R " +
+                              std::to_string(closing) + " 0 R] >>");
+      pages.push_back({page, closing});
+    }
+    compressed = std::move(batch);
+    batch.clear();
+    compressing = QtConcurrent::map(compressed, [](std::string& page) {
+      page = Deflate(page, kPageCompression);
+    });
   }
-  writer.Object(resources, "<< /Font << " + font_names + ">> /ProcSet [/PDF /Text] >>");
-  writer.Object(info, "<< /Title " + TextString(layout.title.toStdU16String()) +
-                          " /Creator (cvViewEdit report engine) /Producer (cvViewEdit) "
-                          "/CreationDate " +
-                          Date(QDateTime::currentDateTime()) + " >>");
-  writer.Object(catalog, "<< /Type /Catalog /Pages " + std::to_string(tree) + " 0 R >>");
-  writer.Finish(catalog, info);
+
+  std::shared_ptr<const LayoutFonts> shapers;
+  FontTable fonts;
+  PageContent content;
+  ObjectWriter writer;
+  QString title;
+  int catalog = 0, tree = 0, info = 0, resources = 0;
+  std::string media;
+  std::vector<std::string> batch;       // made, not yet compressed
+  std::vector<std::string> compressed;  // being compressed
+  QFuture<void> compressing;
+  std::size_t size_hint = 0;
+  struct Page {
+    int object;
+    int closing;  // its content stream written at the end
+  };
+  std::vector<Page> pages;
+  bool failed = false;
+};
+
+StreamWriter::StreamWriter(const ReportLayout& frame, QIODevice& out)
+    : state_(std::make_unique<State>(frame, out)) {}
+
+StreamWriter::~StreamWriter() = default;
+
+bool StreamWriter::Add(const PageDescription& page) {
+  State& s = *state_;
+  if (s.failed) return false;
+  std::string content;
+  content.reserve(s.size_hint);
+  if (!s.content.Write(page, content)) {
+    s.failed = true;
+    return false;
+  }
+  s.size_hint = std::max(s.size_hint, content.size());
+  s.batch.push_back(std::move(content));
+  if (s.batch.size() == kBatch) s.Flush();
   return true;
+}
+
+bool StreamWriter::Writable(const PageDescription& page) { return state_->content.Writable(page); }
+
+int StreamWriter::Pages() const {
+  return static_cast<int>(state_->pages.size() + state_->compressed.size() +
+                          state_->batch.size());
+}
+
+bool StreamWriter::Finish(const std::function<std::vector<PageText>(int)>& closing) {
+  State& s = *state_;
+  if (s.failed) return false;
+  s.Flush();
+  s.Flush();
+  s.compressing.waitForFinished();
+  std::string kids;
+  std::string texts;
+  for (std::size_t p = 0; p < s.pages.size(); ++p) {
+    texts.clear();
+    if (!s.content.WriteTexts(closing(static_cast<int>(p)), texts)) return false;
+    s.writer.Stream(s.pages[p].closing, "", texts, false);
+    kids += std::to_string(s.pages[p].object) + " 0 R ";
+  }
+  s.writer.Object(s.tree, "<< /Type /Pages /Kids [" + kids + "] /Count " +
+                              std::to_string(s.pages.size()) + " >>");
+  std::string font_names;
+  for (std::size_t f = 0; f < s.fonts.Count(); ++f) {
+    const int object = s.writer.Reserve();
+    font_names += "/F" + std::to_string(f + 1) + " " + std::to_string(object) + " 0 R ";
+    s.fonts.Font(static_cast<int>(f)).Write(s.writer, object);
+  }
+  s.writer.Object(s.resources, "<< /Font << " + font_names + ">> /ProcSet [/PDF /Text] >>");
+  s.writer.Object(s.info, "<< /Title " + TextString(s.title.toStdU16String()) +
+                              " /Creator (cvViewEdit report engine) /Producer (cvViewEdit) "
+                              "/CreationDate " +
+                              Date(QDateTime::currentDateTime()) + " >>");
+  s.writer.Object(s.catalog, "<< /Type /Catalog /Pages " + std::to_string(s.tree) + " 0 R >>");
+  s.writer.Finish(s.catalog, s.info);
+  return true;
+}
+
+bool WriteLayoutPdf(const ReportLayout& layout, QIODevice& out, const ProgressFunction& progress) {
+  // Every page is checked before a byte is written, so that a page that
+  // needs Qt's writer leaves nothing behind.
+  std::optional<StreamWriter> writer;
+  {
+    QBuffer probe;
+    probe.open(QIODevice::WriteOnly);
+    StreamWriter check(layout, probe);
+    for (const PageDescription& page : layout.pages) {
+      if (!check.Writable(page)) return false;
+    }
+  }
+  writer.emplace(layout, out);
+  const auto count = static_cast<long long>(layout.pages.size());
+  for (long long i = 0; i < count; ++i) {
+    if (progress && !progress(QStringLiteral("Writing PDF"), i, count)) throw Cancelled();
+    if (!writer->Add(layout.pages[static_cast<std::size_t>(i)])) return false;
+  }
+  return writer->Finish(
+      [&layout](int page) { return layout.pages[static_cast<std::size_t>(page)].closing; });
 }
 
 }  // namespace cvve::reportengine::pdf
