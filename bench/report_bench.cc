@@ -359,10 +359,10 @@ void CompareMemory(const char* self) {
 
 // The instructions of the subject alone: counted between the start and the
 // dump (callgrind's client requests; nothing outside valgrind).
-int InstructionsChild(const std::string& spec) {
-  const std::size_t colon = spec.find(':');
-  const Case& c = kCases[std::stoul(spec.substr(0, colon))];
-  const bool pdf = spec.substr(colon + 1) == "pdf";
+int InstructionsChild(const std::string& which) {
+  const std::size_t colon = which.find(':');
+  const Case& c = kCases[std::stoul(which.substr(0, colon))];
+  const bool pdf = which.substr(colon + 1) == "pdf";
   QTemporaryDir folder;
   const QString file = folder.filePath(QStringLiteral("report.pdf"));
   const re::ReportDefinition def = Definition(c);
