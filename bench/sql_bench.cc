@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <map>
 #include <set>
 #include <string>
@@ -41,15 +40,6 @@ std::vector<std::string> ProfileNames(frmAcctViewEdit& ed) {
   return names;
 }
 
-// Builds one statement as the command does: a failure is part of the output.
-std::size_t Built(std::string (*build)(frmAcctViewEdit&), frmAcctViewEdit& ed) {
-  try {
-    return build(ed).size();
-  } catch (const std::exception& e) {
-    return std::string(e.what()).size();
-  }
-}
-
 // Seconds for the whole command's work on the set; `bytes` gets the length
 // of all the statements, so that none is skipped.
 double AllStatementsSeconds(const FileSet& set, std::size_t& bytes) {
@@ -63,10 +53,12 @@ double AllStatementsSeconds(const FileSet& set, std::size_t& bytes) {
     h.prompter.ClearShown();
     ed.ProfileChanged = false;
     LoadProfile(ed, name);
-    bytes += Built(BuildFieldList, ed);
-    bytes += Built(BuildWhereList, ed);
-    bytes += Built([](frmAcctViewEdit& e) { return BuildViewSQL(e, false); }, ed);
-    bytes += Built([](frmAcctViewEdit& e) { return BuildReportSQL(e, false); }, ed);
+    // As the command builds them: a failure is part of the output.
+    const ProfileStatements built = BuildProfileStatements(ed);
+    for (const BuiltStatement* s :
+         {&built.field_list, &built.where_list, &built.view_sql, &built.report_sql}) {
+      bytes += s->text.size();
+    }
   }
   return Seconds(Clock::now() - start);
 }

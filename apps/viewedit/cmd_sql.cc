@@ -2,7 +2,6 @@
 // set, built by the editor's own query builder on a headless editor, as JSON.
 #include <exception>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -43,12 +42,8 @@ json Messages(const cvve::ui::HeadlessPrompter& prompter) {
 }
 
 // A statement's text, or {"error": description} when its builder failed.
-json Statement(const std::function<std::string()>& build) {
-  try {
-    return build();
-  } catch (const std::exception& e) {
-    return json{{"error", e.what()}};
-  }
+json Statement(const cvve::BuiltStatement& built) {
+  return built.failed ? json{{"error", built.text}} : json(built.text);
 }
 
 json DescribeFileSet(const FileSet& set, const HostOptions& options,
@@ -76,10 +71,11 @@ json DescribeFileSet(const FileSet& set, const HostOptions& options,
     ed->ProfileChanged = false;
     cvve::LoadProfile(*ed, name);
     json profile{{"name", name}, {"kind", kind}, {"dataset", ed->cmbDataSet.Text()}};
-    profile["fieldList"] = Statement([&] { return cvve::BuildFieldList(*ed); });
-    profile["whereList"] = Statement([&] { return cvve::BuildWhereList(*ed); });
-    profile["viewSQL"] = Statement([&] { return cvve::BuildViewSQL(*ed, false); });
-    profile["reportSQL"] = Statement([&] { return cvve::BuildReportSQL(*ed, false); });
+    const cvve::ProfileStatements built = cvve::BuildProfileStatements(*ed);
+    profile["fieldList"] = Statement(built.field_list);
+    profile["whereList"] = Statement(built.where_list);
+    profile["viewSQL"] = Statement(built.view_sql);
+    profile["reportSQL"] = Statement(built.report_sql);
     profile["messages"] = Messages(prompter);
     result["profiles"].push_back(std::move(profile));
   }

@@ -67,8 +67,15 @@ void cmdMove_Click(frmAcctViewEdit& ed, int index) {
 
 void cmbDataSet_Click(frmAcctViewEdit& ed) {
   LoadColumns(ed);
+  // A loading profile fills the list again at its end, which replaces every
+  // row; only a fill that may read the files or show a message happens here.
+  if (ed.defer_filter_fill && FilterFillIsQuiet(ed)) {
+    ed.filter_fill_pending = true;
+    return;
+  }
   LoadFilters(ed);
   ApplyFilterChecks(ed);
+  ed.filter_fill_pending = false;
 }
 
 void MarkProfileChanged(frmAcctViewEdit& ed) { ed.ProfileChanged = true; }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,13 @@ class frmAcctViewEdit : public ui::Form {
   FilterRowTemplates& FilterTemplates() { return filter_templates_; }
   std::int16_t Data1Column = 0, Data2Column = 0;
   bool FilterErrorShown = false;
+  // While a profile loads, the data set's click may leave the filter list to
+  // the load's own fill at its end (see LoadProfile); pending until filled.
+  bool defer_filter_fill = false;
+  bool filter_fill_pending = false;
+  // The tab list as the setup file of that generation lays it out (LoadTabs).
+  std::optional<std::vector<ui::ListItem>> tab_rows;
+  std::uint64_t tab_rows_generation = 0;
   bool ProfileChanged = false;
   // Profiles saved in view mode since the views file was read or written, in
   // the order first saved: they reach the disk only with OK (Cancel drops them).

@@ -213,6 +213,11 @@ FilterRowTemplates::Template FillFromDefinitions(frmAcctViewEdit& ed,
   return t;
 }
 
+// LoadFilters' one message: a data set that exists but lacks its Filters element.
+bool ShowsMissingFilters(const frmAcctViewEdit& ed, const FilterRowTemplates::Template& t) {
+  return t.rows.empty() && t.data_set && !t.has_filters && !ed.FilterErrorShown;
+}
+
 }  // namespace
 
 const FilterRowTemplates::Template* FilterRowTemplates::Find(const DocumentCursor& setup,
@@ -271,17 +276,15 @@ void LoadFilters(frmAcctViewEdit& ed) {
     t = &templates.Store(ed.SetupDoc, data_set, FillFromDefinitions(ed, data_set));
   }
 
-  if (t->rows.empty()) {
-    // Only a data set that exists but lacks its Filters element is reported;
-    // an unknown (or not yet chosen) data set just gives an empty list.
-    if (t->data_set && !t->has_filters && !ed.FilterErrorShown) {
-      ResumeNext([&] {
-        ed.Prompt().MsgBox("Error encountered while loading '" + data_set + "' filter:" + kCrLf +
-                               kCrLf + "You may need to reinstall viewsetup.xml",
-                           ui::Buttons::kOk, ui::Icon::kCritical, "Error");
-      });
-      ed.FilterErrorShown = true;
-    }
+  // Only a data set that exists but lacks its Filters element is reported;
+  // an unknown (or not yet chosen) data set just gives an empty list.
+  if (ShowsMissingFilters(ed, *t)) {
+    ResumeNext([&] {
+      ed.Prompt().MsgBox("Error encountered while loading '" + data_set + "' filter:" + kCrLf +
+                             kCrLf + "You may need to reinstall viewsetup.xml",
+                         ui::Buttons::kOk, ui::Icon::kCritical, "Error");
+    });
+    ed.FilterErrorShown = true;
   }
 
   const XmlNode profile = ed.CurrentProfileNode();
@@ -289,6 +292,12 @@ void LoadFilters(frmAcctViewEdit& ed) {
   for (int row = 1; row <= list.ItemCount(); ++row) ApplyEntry(ed, saved, profile, row);
 
   ResumeNext([&] { list.SetVisible(true); });
+}
+
+bool FilterFillIsQuiet(frmAcctViewEdit& ed) {
+  const FilterRowTemplates::Template* t =
+      ed.FilterTemplates().Find(ed.SetupDoc, ed.cmbDataSet.Text());
+  return t && !ShowsMissingFilters(ed, *t);
 }
 
 void ApplyFilterChecks(frmAcctViewEdit& ed) {

@@ -50,6 +50,9 @@ void SetupFilterColumns(frmAcctViewEdit& ed);
 // skipped. A data set whose Filters element is missing shows the "reinstall"
 // message once per LoadFiles; an unknown data set gives an empty list quietly.
 void LoadFilters(frmAcctViewEdit& ed);
+// Whether LoadFilters for the data set in cmbDataSet would only copy a kept
+// template: nothing read from the files, no message shown.
+bool FilterFillIsQuiet(frmAcctViewEdit& ed);
 // Re-applies the current profile's FilterChecks (checks and Data values) to
 // the rows already there. Does nothing without a current profile record. A
 // row with neither a saved value nor a default keeps what it showed.

@@ -46,6 +46,19 @@ void ListUsedColumns(frmAcctViewEdit& ed, DocumentCursor& custom) {
   ed.lstUsedColumns.SetVisible(true);
 }
 
+// A load that stops early leaves the filter list as the data set's click
+// would have: filled, with the views cursor where the load left it.
+void FillDeferredFilters(frmAcctViewEdit& ed) {
+  if (!ed.filter_fill_pending) return;
+  ed.filter_fill_pending = false;
+  const XmlNode views_at = ed.ViewsDoc.CurrentNode();
+  ResumeNext([&] {
+    LoadFilters(ed);
+    ApplyFilterChecks(ed);
+  });
+  ed.ViewsDoc.SetCurrentNode(views_at);
+}
+
 }  // namespace
 
 void EnableProfileControls(frmAcctViewEdit& ed, int kind) {
@@ -118,11 +131,21 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   // cursors; they are put back afterwards.
   const XmlNode base_node = base->CurrentNode();
   const XmlNode custom_node = custom->CurrentNode();
+  // Each read goes to the record its cursor is on at that moment, as GetValue would.
+  RecordValues custom_values, base_own_values;
+  RecordValues& base_values = base == custom ? custom_values : base_own_values;
+  auto custom_value = [&](const std::string& element) { return custom_values.Get(*custom, element); };
+  auto base_value = [&](const std::string& element) { return base_values.Get(*base, element); };
+  // The filter list is filled again at the end of the load; between the
+  // two fills it is read only by the advanced option's click, whose
+  // statement is then replaced by the stored one.
+  ed.defer_filter_fill = true;
   ResumeNext([&] { ed.cmbDataSet.SetListIndex(-1); });
   ResumeNext([&] { ed.cmbDataSet.SetText(data_set); });
   ResumeNext([&] {
     if (ed.cmbDataSet.FindText(data_set) < 0) ed.cmbDataSet.SetListIndex(0);
   });
+  ed.defer_filter_fill = false;
   base->SetCurrentNode(base_node);
   custom->SetCurrentNode(custom_node);
 
@@ -130,37 +153,37 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   for (int i = 0; i < 2; ++i) {
     ui::ComboBox& direction = ed.cmbSortASCDESC[static_cast<std::size_t>(i)];
     ResumeNext([&] { direction.SetListIndex(0); });
-    ResumeNext([&] { direction.SetText(custom->GetValue(kDirection[i])); });
+    ResumeNext([&] { direction.SetText(custom_value(kDirection[i])); });
   }
 
   std::string sort_by, sort_by2;
-  ResumeNext([&] { sort_by = custom->GetValue("SortBy"); });
-  ResumeNext([&] { sort_by2 = custom->GetValue("SortBy2"); });
+  ResumeNext([&] { sort_by = custom_value("SortBy"); });
+  ResumeNext([&] { sort_by2 = custom_value("SortBy2"); });
   for (ui::ComboBox& sort : ed.cmbSort) ResumeNext([&] { sort.SetListIndex(0); });
 
-  ResumeNext([&] { ed.chkSortGroup.SetValue(StoredInt(custom->GetValue("DoGrouping"))); });
-  ResumeNext([&] { ed.chkAverages.SetValue(StoredInt(custom->GetValue("DoAverages"))); });
-  ResumeNext([&] { ed.chkTotals.SetValue(StoredInt(custom->GetValue("DoTotals"))); });
-  ResumeNext([&] { ed.chkShowLineCount.SetValue(StoredInt(custom->GetValue("DoLineCount"))); });
+  ResumeNext([&] { ed.chkSortGroup.SetValue(StoredInt(custom_value("DoGrouping"))); });
+  ResumeNext([&] { ed.chkAverages.SetValue(StoredInt(custom_value("DoAverages"))); });
+  ResumeNext([&] { ed.chkTotals.SetValue(StoredInt(custom_value("DoTotals"))); });
+  ResumeNext([&] { ed.chkShowLineCount.SetValue(StoredInt(custom_value("DoLineCount"))); });
 
   ResumeNext(
-      [&] { ed.cmbOrientation.SetListIndex(StoredInt(custom->GetValue("PageOrientation"))); });
-  ResumeNext([&] { ed.cmbPageSize.SetListIndex(StoredInt(custom->GetValue("PageSize"))); });
-  ResumeNext([&] { ed.chkMultiLine.SetValue(StoredInt(custom->GetValue("PageMultiLine"))); });
+      [&] { ed.cmbOrientation.SetListIndex(StoredInt(custom_value("PageOrientation"))); });
+  ResumeNext([&] { ed.cmbPageSize.SetListIndex(StoredInt(custom_value("PageSize"))); });
+  ResumeNext([&] { ed.chkMultiLine.SetValue(StoredInt(custom_value("PageMultiLine"))); });
 
   ResumeNext([&] { ed.Variables().ClearForm(); });
   std::string first_name, second_name;
-  ResumeNext([&] { first_name = custom->GetValue("Var0Name"); });
-  ResumeNext([&] { second_name = custom->GetValue("Var1Name"); });
+  ResumeNext([&] { first_name = custom_value("Var0Name"); });
+  ResumeNext([&] { second_name = custom_value("Var1Name"); });
   ResumeNext([&] {
     ed.chkStartEnd.SetValue(first_name == "START_DATE" && second_name == "END_DATE" ? 1 : 0);
   });
   for (int slot = 0; slot < kVariableSlots; ++slot) {
     const std::string prefix = "Var" + std::to_string(slot);
     std::string caption, type, var_name;
-    ResumeNext([&] { caption = custom->GetValue(prefix + "Caption"); });
-    ResumeNext([&] { type = custom->GetValue(prefix + "Type"); });
-    ResumeNext([&] { var_name = custom->GetValue(prefix + "Name"); });
+    ResumeNext([&] { caption = custom_value(prefix + "Caption"); });
+    ResumeNext([&] { type = custom_value(prefix + "Type"); });
+    ResumeNext([&] { var_name = custom_value(prefix + "Name"); });
     ResumeNext([&] { ed.Variables().SetVariable(slot, caption, type, var_name); });
   }
   ResumeNext([&] { FillVariableChoices(ed); });
@@ -170,6 +193,7 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
     ListUsedColumns(ed, *custom);
   } catch (const std::exception& e) {
     ShowLoadError(ed, e);
+    FillDeferredFilters(ed);
     return;
   }
   // Walking the columns left the custom cursor below the record; the steps
@@ -183,7 +207,7 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   ResumeNext([&] { ed.cmbSort[1].SetText(sort_by2); });
 
   ResumeNext([&] {
-    const std::string tabs = custom->GetValue("Tabs");
+    const std::string tabs = custom_value("Tabs");
     for (int row = 1; row <= ed.lstvwTabs.ItemCount(); ++row) ed.lstvwTabs.SetChecked(row, false);
     for (const std::string& id : Split(tabs, ',')) {
       ResumeNext([&] {
@@ -195,7 +219,7 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   });
 
   ResumeNext([&] {
-    const long view_type = static_cast<long>(RoundedVal(base->GetValue("AcctViewType")));
+    const long view_type = static_cast<long>(RoundedVal(base_value("AcctViewType")));
     for (int i = 0; i < ed.cmbAcctViewType.ListCount(); ++i) {
       if (ed.cmbAcctViewType.ItemData(i) == view_type) {
         ed.cmbAcctViewType.SetListIndex(i);
@@ -207,7 +231,7 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   // Empty or non-numeric text fails the whole-number conversion: the option
   // buttons keep their state.
   ResumeNext([&] {
-    std::optional<double> filter_type = StrictNumber(base->GetValue("FilterType"));
+    std::optional<double> filter_type = StrictNumber(base_value("FilterType"));
     if (!filter_type) throw Error("Type mismatch");
     const double index = std::nearbyint(*filter_type);  // half to even, as the host rounds
     if (std::fabs(index) > 32767) throw Error("Overflow");
@@ -215,8 +239,9 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
   });
 
   ed.CurrentProfileName = name;
-  ResumeNext([&] { ed.DataSetSQL = base->GetValue("SQL"); });
+  ResumeNext([&] { ed.DataSetSQL = base_value("SQL"); });
 
+  ed.filter_fill_pending = false;
   ResumeNext([&] { LoadFilters(ed); });
   ed.ProfileChanged = false;
 }

@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/error.h"
@@ -36,6 +39,46 @@ std::string FillCommon(std::string statement, const std::string& fields, const s
   statement = ReplaceAll(statement, "%ANDWHERELIST%", where.empty() ? "" : " AND " + where);
   statement = ReplaceAll(statement, "%ORDERLIST%", order);
   return statement;
+}
+
+// The field list or the where list as one statement asks for it.
+using Part = std::function<std::string()>;
+
+// A part built once and handed out again, its failure included.
+class KeptPart {
+ public:
+  explicit KeptPart(Part build) : build_(std::move(build)) {}
+  std::string operator()() {
+    if (!done_) {
+      try {
+        text_ = build_();
+      } catch (...) {
+        error_ = std::current_exception();
+      }
+      done_ = true;
+    }
+    if (error_) std::rethrow_exception(error_);
+    return text_;
+  }
+
+ private:
+  Part build_;
+  bool done_ = false;
+  std::string text_;
+  std::exception_ptr error_;
+};
+
+std::string ViewSQL(frmAcctViewEdit& ed, bool forceTemplate, const Part& field_list,
+                    const Part& where_list);
+std::string ReportSQL(frmAcctViewEdit& ed, bool forceTemplate, const Part& field_list,
+                      const Part& where_list);
+
+BuiltStatement Built(const Part& build) {
+  try {
+    return {build(), false};
+  } catch (const std::exception& e) {
+    return {e.what(), true};
+  }
 }
 
 }  // namespace
@@ -98,9 +141,39 @@ std::string BuildWhereList(frmAcctViewEdit& ed) {
 }
 
 std::string BuildViewSQL(frmAcctViewEdit& ed, bool forceTemplate) {
+  return ViewSQL(
+      ed, forceTemplate, [&] { return BuildFieldList(ed); }, [&] { return BuildWhereList(ed); });
+}
+
+std::string BuildReportSQL(frmAcctViewEdit& ed, bool forceTemplate) {
+  return ReportSQL(
+      ed, forceTemplate, [&] { return BuildFieldList(ed); }, [&] { return BuildWhereList(ed); });
+}
+
+ProfileStatements BuildProfileStatements(frmAcctViewEdit& ed) {
+  const Part field_list = [&] { return BuildFieldList(ed); };
+  const Part where_list = [&] { return BuildWhereList(ed); };
+  // Without used columns the field list shows its message each time.
+  const bool keep_fields = ed.lstUsedColumns.ListCount() > 0;
+  KeptPart kept_fields(field_list);
+  KeptPart kept_where(where_list);
+  const Part fields = keep_fields ? Part(std::ref(kept_fields)) : field_list;
+  const Part where = std::ref(kept_where);
+  ProfileStatements built;
+  built.field_list = Built(fields);
+  built.where_list = Built(where);
+  built.view_sql = Built([&] { return ViewSQL(ed, false, fields, where); });
+  built.report_sql = Built([&] { return ReportSQL(ed, false, fields, where); });
+  return built;
+}
+
+namespace {
+
+std::string ViewSQL(frmAcctViewEdit& ed, bool forceTemplate, const Part& field_list,
+                    const Part& where_list) {
   if (AdvancedFilterInForce(ed, forceTemplate)) return "CQ:" + ed.DataSetSQL;
-  const std::string fields = BuildFieldList(ed);
-  const std::string where = BuildWhereList(ed);
+  const std::string fields = field_list();
+  const std::string where = where_list();
   const std::string first_sort = ed.cmbSort[0].Text();
   const std::string second_sort = ed.cmbSort[1].Text();
   // Built even from an empty first sort picker.
@@ -116,11 +189,12 @@ std::string BuildViewSQL(frmAcctViewEdit& ed, bool forceTemplate) {
   return "CQ:" + statement;
 }
 
-std::string BuildReportSQL(frmAcctViewEdit& ed, bool forceTemplate) {
+std::string ReportSQL(frmAcctViewEdit& ed, bool forceTemplate, const Part& field_list,
+                      const Part& where_list) {
   std::string statement;
   if (!AdvancedFilterInForce(ed, forceTemplate)) {
-    const std::string fields = BuildFieldList(ed);
-    std::string where = BuildWhereList(ed);
+    const std::string fields = field_list();
+    std::string where = where_list();
     // Undo the value escapes, then break the string around every "<...>" so
     // a "<$NAME>" value becomes the report variable $NAME. Operators made
     // from LESSTHAN and LESSEQUAL are broken as well; that is the design.
@@ -146,6 +220,8 @@ std::string BuildReportSQL(frmAcctViewEdit& ed, bool forceTemplate) {
   }
   return "\"CQ:" + statement + "\"";
 }
+
+}  // namespace
 
 std::string QualifyReportField(const std::string& field) {
   static constexpr const char* kPrefixes[] = {"ACCTS.",     "ACCT_HISTORY.", "CUST_INFO.",

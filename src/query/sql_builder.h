@@ -26,6 +26,19 @@ std::string BuildViewSQL(frmAcctViewEdit& ed, bool forceTemplate);
 // "\"CQ:" + statement + "\"", grouped on the first sort column and ordered
 // by the second. In advanced mode without forcing, the bare "\"CQ:\"".
 std::string BuildReportSQL(frmAcctViewEdit& ed, bool forceTemplate);
+// One statement as its builder left it: the text, or what the builder threw.
+struct BuiltStatement {
+  std::string text;
+  bool failed = false;  // then `text` is the error's description
+};
+struct ProfileStatements {
+  BuiltStatement field_list, where_list, view_sql, report_sql;
+};
+// BuildFieldList, BuildWhereList, BuildViewSQL(ed, false) and
+// BuildReportSQL(ed, false), one after the other, with the same results and
+// the same messages shown; the field list and the where list, which the view
+// and report statements build again, are built once.
+ProfileStatements BuildProfileStatements(frmAcctViewEdit& ed);
 // The report engine's name of a field: table prefixes dropped, "INV_INFO." put in front.
 std::string QualifyReportField(const std::string& field);
 // The template of the data set chosen in cmbDataSet as the setup file gives

@@ -1,5 +1,7 @@
 #include "ui/list_view.h"
 
+#include <algorithm>
+
 #include "base/error.h"
 
 namespace cvve::ui {
@@ -36,15 +38,20 @@ void ListView::ClearItems() {
 }
 
 void ListView::SetItems(const std::vector<ListItem>& items) {
-  std::unordered_map<std::string, int> keys;
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    if (!items[i].key.empty() && !keys.emplace(items[i].key, static_cast<int>(i)).second) {
-      throw Error("Key is not unique in collection");
+  // The same rows again (a profile switch within one data set) keep their keys.
+  const bool same_keys = std::equal(items.begin(), items.end(), items_.begin(), items_.end(),
+                                    [](const ListItem& a, const ListItem& b) { return a.key == b.key; });
+  if (!same_keys) {
+    std::unordered_map<std::string, int> keys;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if (!items[i].key.empty() && !keys.emplace(items[i].key, static_cast<int>(i)).second) {
+        throw Error("Key is not unique in collection");
+      }
     }
+    key_index_ = std::move(keys);
   }
   items_ = items;  // reuses the texts' storage of the items there before
   for (ListItem& item : items_) item.sub_items.resize(columns_.empty() ? 0 : columns_.size() - 1);
-  key_index_ = std::move(keys);
   selected_ = 0;
   Touch();
 }

@@ -1,6 +1,7 @@
 #include "ui/tree_view.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include "base/error.h"
 #include "base/text.h"
@@ -75,10 +76,16 @@ void TreeView::SortIfNeeded(NodeId parent) const {
   bool sorted = parent == kNoNode ? false : nodes_[static_cast<std::size_t>(parent)].sorted;
   if (!sorted) return;
   auto& kids = children_[slot];
-  // Alphabetical without regard to letter case, ties in the order added.
-  std::stable_sort(kids.begin(), kids.end(), [this](NodeId a, NodeId b) {
-    return ToLower(nodes_[static_cast<std::size_t>(a)].text) <
-           ToLower(nodes_[static_cast<std::size_t>(b)].text);
+  // Alphabetical without regard to letter case, ties in the order added:
+  // the order of the lower-cased texts, compared without making them.
+  auto lower = [](char c) {
+    return static_cast<unsigned char>(std::tolower(static_cast<unsigned char>(c)));
+  };
+  std::stable_sort(kids.begin(), kids.end(), [this, &lower](NodeId a, NodeId b) {
+    const std::string& x = nodes_[static_cast<std::size_t>(a)].text;
+    const std::string& y = nodes_[static_cast<std::size_t>(b)].text;
+    return std::lexicographical_compare(x.begin(), x.end(), y.begin(), y.end(),
+                                        [&lower](char c, char d) { return lower(c) < lower(d); });
   });
 }
 

@@ -126,6 +126,41 @@ void DocumentCursor::SetValueBlock(const std::string& name, const std::string& v
   }
 }
 
+namespace {
+
+std::size_t NameSlot(const char* name, std::size_t slots) {
+  std::size_t hash = 14695981039346656037ULL;
+  for (; *name; ++name) hash = (hash ^ static_cast<unsigned char>(*name)) * 1099511628211ULL;
+  return hash & (slots - 1);
+}
+
+}  // namespace
+
+std::string RecordValues::Get(const DocumentCursor& cursor, const std::string& name) {
+  const XmlNode current = RequireCurrent(cursor.CurrentNode());
+  if (current != record_) {
+    record_ = current;
+    first_.fill(XmlNode());
+    walk_ = false;
+    std::size_t count = 0;
+    for (XmlNode child = current.first_child(); child && !walk_; child = child.next_sibling()) {
+      if (child.type() != pugi::node_element) continue;
+      walk_ = ++count > kSlots / 2;
+      std::size_t slot = NameSlot(child.name(), kSlots);
+      while (first_[slot] && std::strcmp(first_[slot].name(), child.name()) != 0) {
+        slot = (slot + 1) % kSlots;
+      }
+      if (!first_[slot]) first_[slot] = child;  // a later element of the name is not read
+    }
+  }
+  if (walk_) return NodeText(FirstChildElement(current, name));
+  for (std::size_t slot = NameSlot(name.c_str(), kSlots); first_[slot];
+       slot = (slot + 1) % kSlots) {
+    if (name == first_[slot].name()) return NodeText(first_[slot]);
+  }
+  return {};
+}
+
 std::vector<XmlNode> SelectNodes(XmlNode context, const std::string& xpath) {
   std::vector<XmlNode> nodes;
   if (!context) return nodes;

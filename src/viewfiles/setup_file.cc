@@ -76,6 +76,12 @@ void LoadColumns(frmAcctViewEdit& ed) {
 }
 
 void LoadTabs(frmAcctViewEdit& ed) {
+  // Every profile switch lays the tabs out again: after the first time in a
+  // loaded setup file, the list is copied instead of read.
+  if (ed.tab_rows && ed.tab_rows_generation == ed.SetupDoc.Generation()) {
+    ed.lstvwTabs.SetItems(*ed.tab_rows);
+    return;
+  }
   ed.lstvwTabs.ClearItems();
   XmlNode tabs = ed.SetupDoc.Root().child("Tabs");
   for (XmlNode tab = tabs.first_child(); tab; tab = NextSibling(tab)) {
@@ -87,6 +93,8 @@ void LoadTabs(frmAcctViewEdit& ed) {
       ed.lstvwTabs.SetTag(row, index);
     });
   }
+  ed.tab_rows = ed.lstvwTabs.Items();
+  ed.tab_rows_generation = ed.SetupDoc.Generation();
 }
 
 namespace {

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
+#include <vector>
 
 #include "base/text.h"
 #include "fixtures.h"
+#include "ui/tree_view.h"
 #include "viewfiles/profile_record.h"
 
 namespace cvve::testing {
@@ -220,6 +223,35 @@ TEST_F(ViewsTreeTest, FolderAndNoNodeSelections) {
   tree().UserSelect(tree().FindKey("Past Due"));
   EXPECT_TRUE(h->lstUsedColumns.Enabled() && h->lstvwTabs.Enabled());
   EXPECT_FALSE(h->cmbDataSet.Enabled());  // a system profile's data set is fixed
+}
+
+}  // namespace
+}  // namespace cvve::testing
+
+namespace cvve::testing {
+namespace {
+
+TEST(TreeViewSortTest, SortedChildrenFollowTheLowerCasedTextsWithTiesInTheOrderAdded) {
+  const Names texts = {"beta",  "Alpha", "alpha", "ALPHA2", "alp",   "Zed",  "zed",
+                       "b",     "",      "a b",   "a_b",    "A[b",   "\xc3\xa9t\xc3\xa9",
+                       "\xc3\x89T\xc3\x89", "10",  "9",     "Beta",  "bet"};
+  HeadlessEditor h;
+  ui::TreeView& tree = h->tvwViews;
+  const ui::NodeId folder = tree.Add(ui::kNoNode, "F", "folder", "closed", "open");
+  for (const std::string& text : texts) tree.Add(folder, "", text, "AcctView", "");
+  tree.SetSorted(folder, true);
+  // The order of ToLower's strings; a stable sort keeps equal ones as added.
+  std::vector<std::size_t> expected(texts.size());
+  for (std::size_t i = 0; i < texts.size(); ++i) expected[i] = i;
+  std::stable_sort(expected.begin(), expected.end(), [&](std::size_t a, std::size_t b) {
+    return ToLower(texts[a]) < ToLower(texts[b]);
+  });
+  Names got, want;
+  for (ui::NodeId id : tree.Children(folder)) got.push_back(tree.Node(id).text);
+  for (std::size_t i : expected) want.push_back(texts[i]);
+  EXPECT_EQ(got, want);
+  // Ties: "Alpha" was added before "alpha", "Zed" before "zed".
+  EXPECT_LT(std::find(got.begin(), got.end(), "Alpha"), std::find(got.begin(), got.end(), "alpha"));
 }
 
 }  // namespace

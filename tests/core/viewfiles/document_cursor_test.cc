@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "base/error.h"
 #include "fixtures.h"
 
@@ -121,3 +125,45 @@ TEST(DocumentCursorTest, HostileFilesNeitherCrashNorThrow) {
 
 }  // namespace
 }  // namespace cvve::testing
+
+namespace cvve {
+namespace {
+
+// A record of `count` elements E0, E1, ... each holding its number.
+std::string WideRecord(int count) {
+  std::string text = "<P>";
+  for (int i = 0; i < count; ++i) {
+    text += "<E" + std::to_string(i) + ">" + std::to_string(i) + "</E" + std::to_string(i) + ">";
+  }
+  return text + "</P>";
+}
+
+TEST(RecordValuesTest, ReadsWhatGetValueReadsOnEveryRecordShape) {
+  DocumentCursor doc;
+  ASSERT_TRUE(doc.LoadText(
+      "<R><P><A>1</A><!-- c --><B>two<X>!</X></B><A>later</A><C><![CDATA[<c>]]></C><D/>"
+      "<?pi p?><a>low</a><AA>double</AA></P>"
+      "<P><B>second</B></P>" +
+      WideRecord(200) + "<P/></R>"));
+  const std::vector<std::string> names = {"A",  "B",  "C",   "D",    "a",    "AA", "X",
+                                          "",   "Z",  "E0",  "E127", "E128", "E199",
+                                          "E200", std::string("A\0B", 3)};
+  RecordValues values;
+  std::vector<XmlNode> records;
+  for (XmlNode p = doc.Root().first_child(); p; p = p.next_sibling()) records.push_back(p);
+  // Back and forth, so that each record is read after another one.
+  for (int round = 0; round < 2; ++round) {
+    for (XmlNode record : records) {
+      doc.SetCurrentNode(record);
+      for (const std::string& name : names) {
+        EXPECT_EQ(values.Get(doc, name), doc.GetValue(name)) << record.path() << " " << name;
+      }
+    }
+    std::reverse(records.begin(), records.end());
+  }
+  doc.SetCurrentNode(XmlNode());
+  EXPECT_THROW(values.Get(doc, "A"), Error);
+}
+
+}  // namespace
+}  // namespace cvve
