@@ -27,6 +27,18 @@ namespace cvve::gui {
 
 namespace {
 QString Q(const std::string& text) { return QString::fromStdString(text); }
+
+// Refills a list or combo box whose rows differ from `texts` in one
+// insertion: its view lays the rows out once instead of once per row.
+template <class Widget, class TextAt>
+void Refill(Widget* w, const QStringList& texts, TextAt text_at) {
+  bool same = w->count() == texts.size();
+  for (int i = 0; same && i < texts.size(); ++i) same = text_at(i) == texts[i];
+  if (!same) {
+    w->clear();
+    w->addItems(texts);
+  }
+}
 }  // namespace
 
 QColor FromBgr(std::uint32_t bgr) {
@@ -156,12 +168,10 @@ void Binder::Bind(ui::ComboBox& model, QComboBox* w) {
     });
   }
   Add(model, [this, &model, w, editable] {
-    bool same = w->count() == model.ListCount();
-    for (int i = 0; same && i < model.ListCount(); ++i) same = w->itemText(i) == Q(model.List(i));
-    if (!same) {
-      w->clear();
-      for (const auto& entry : model.Entries()) w->addItem(Q(entry.text));
-    }
+    QStringList texts;
+    texts.reserve(model.ListCount());
+    for (const auto& entry : model.Entries()) texts << Q(entry.text);
+    Refill(w, texts, [w](int i) { return w->itemText(i); });
     if (w->currentIndex() != model.ListIndex()) w->setCurrentIndex(model.ListIndex());
     if (editable && w->currentText() != Q(model.Text())) w->setEditText(Q(model.Text()));
     w->setEnabled(model.Enabled());
@@ -191,13 +201,10 @@ void Binder::Bind(ui::ListBox& model, QListWidget* w) {
   w->installEventFilter(this);
   enter_lists_.emplace_back(w, [w, dbl_click] { dbl_click(w->currentRow()); });
   Add(model, [this, &model, w] {
-    bool same = w->count() == model.ListCount();
-    for (int i = 0; same && i < model.ListCount(); ++i)
-      same = w->item(i)->text() == Q(model.List(i));
-    if (!same) {
-      w->clear();
-      for (const auto& text : model.Items()) w->addItem(Q(text));
-    }
+    QStringList texts;
+    texts.reserve(model.ListCount());
+    for (const auto& text : model.Items()) texts << Q(text);
+    Refill(w, texts, [w](int i) { return w->item(i)->text(); });
     if (w->currentRow() != model.ListIndex()) {
       if (model.ListIndex() < 0) {
         w->setCurrentRow(-1);
@@ -371,8 +378,9 @@ TreeModel* Binder::Bind(ui::TreeView& model, QTreeView* view) {
     });
   }
   Add(model, [this, &model, view, nodes] {
-    nodes->Sync();
-    for (ui::NodeId id = 0; id < nodes->NodeCount() && id < model.Count(); ++id) {
+    // Only the nodes' changes can leave the view's expansion behind the model's.
+    const bool nodes_changed = nodes->Sync();
+    for (ui::NodeId id = 0; nodes_changed && id < nodes->NodeCount() && id < model.Count(); ++id) {
       if (model.Children(id).empty()) continue;
       const QModelIndex at = nodes->IndexOf(id);
       if (view->isExpanded(at) != model.Node(id).expanded)

@@ -43,6 +43,7 @@
 #include "gui/help_menu.h"
 #include "gui/mnemonics.h"
 #include "gui/list_view_model.h"
+#include "gui/measured_delegate.h"
 #include "gui/row_delegate.h"
 #include "gui/units.h"
 #include "gui/window_settings.h"
@@ -304,6 +305,7 @@ void EditorWindow::BuildLayout() {
   l4->addWidget(Caption("lblUsedColumns", "Used columns, in order", used, step4), 0, 2);
   binder_.Bind(ed_.lstAvailColumns, available);
   binder_.Bind(ed_.lstUsedColumns, used);
+  for (QListWidget* list : {available, used}) list->setItemDelegate(new MeasuredDelegate(list));
   available->setToolTip("Double-click a column, or press Enter, to use it");
   used->setToolTip("Double-click a column, or press Enter, to stop using it");
   l4->addWidget(available, 1, 0);

@@ -4,20 +4,21 @@
 #include <QAbstractItemView>
 #include <QHelpEvent>
 #include <QPainter>
-#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <functional>
 
+#include "gui/measured_delegate.h"
+
 namespace cvve::gui {
 
-class RowDelegate : public QStyledItemDelegate {
+class RowDelegate : public MeasuredDelegate {
   Q_OBJECT
 
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
+  using MeasuredDelegate::MeasuredDelegate;
   static constexpr int kExtraHeight = 4;
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    QSize size = QStyledItemDelegate::sizeHint(option, index);
+    QSize size = MeasuredDelegate::sizeHint(option, index);
     size.rheight() += kExtraHeight;
     return size;
   }

@@ -11,7 +11,10 @@ TreeModel::TreeModel(const ui::TreeView& tree, QObject* parent)
   Sync();
 }
 
-void TreeModel::Sync() {
+bool TreeModel::Sync() {
+  if (ever_synced_ && tree_.NodesRevision() == synced_) return false;
+  ever_synced_ = true;
+  synced_ = tree_.NodesRevision();
   std::vector<Shown> nodes(static_cast<std::size_t>(tree_.Count()));
   std::vector<std::vector<ui::NodeId>> kids(nodes.size() + 1);
   for (ui::NodeId id = ui::kNoNode; id < tree_.Count(); ++id) {
@@ -28,7 +31,7 @@ void TreeModel::Sync() {
     nodes_ = std::move(nodes);
     kids_ = std::move(kids);
     endResetModel();
-    return;
+    return true;
   }
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const ui::TreeNode& now = nodes[i].node;
@@ -42,6 +45,7 @@ void TreeModel::Sync() {
       emit dataChanged(at, at);
     }
   }
+  return true;
 }
 
 QModelIndex TreeModel::IndexOf(ui::NodeId id) const {

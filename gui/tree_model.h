@@ -17,7 +17,9 @@ class TreeModel : public QAbstractItemModel {
 
   // Takes a new snapshot: a reset when the nodes or their order changed,
   // else dataChanged for the nodes whose text, images or bold changed.
-  void Sync();
+  // Nothing when only the tree's selection moved since the last one (a
+  // click on a profile); false then.
+  bool Sync();
   // The index of a node of the last snapshot (invalid for kNoNode or none).
   QModelIndex IndexOf(ui::NodeId id) const;
   // The node of an index; kNoNode for an invalid one.
@@ -39,6 +41,8 @@ class TreeModel : public QAbstractItemModel {
   const ui::TreeView& tree_;
   std::vector<Shown> nodes_;                   // by node id
   std::vector<std::vector<ui::NodeId>> kids_;  // by parent id + 1
+  std::uint64_t synced_ = 0;                   // the tree's nodes revision shown
+  bool ever_synced_ = false;
 };
 
 }  // namespace cvve::gui

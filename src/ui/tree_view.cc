@@ -187,6 +187,7 @@ void TreeView::RemoveChildren(NodeId parent) {
 void TreeView::SetSelectedNode(NodeId id) {
   if (id != kNoNode && !Exists(id)) throw Error("Element not found");
   selected_ = id;
+  ++selection_moves_;
   Touch();
 }
 

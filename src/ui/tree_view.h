@@ -64,6 +64,9 @@ class TreeView : public Control {
   void RemoveChildren(NodeId parent);
 
   NodeId SelectedNode() const { return selected_; }
+  // Moves with every change but a change of selection: a view that shows
+  // the nodes can skip them when only the selection moved.
+  std::uint64_t NodesRevision() const { return Revision() - selection_moves_; }
   // Selection by code fires nothing; a user's click goes through UserSelect.
   void SetSelectedNode(NodeId id);
   // A user's click: selects the node and fires on_node_click.
@@ -79,6 +82,7 @@ class TreeView : public Control {
   mutable std::vector<std::vector<NodeId>> children_;  // index parent+1
   mutable std::vector<bool> unsorted_;                 // index parent+1
   NodeId selected_ = kNoNode;
+  std::uint64_t selection_moves_ = 0;
 };
 
 }  // namespace cvve::ui

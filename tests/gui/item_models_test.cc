@@ -1,11 +1,16 @@
 // The item models over the tree and list-view control models, checked by
-// QAbstractItemModelTester through builds, changes, removals and clears.
+// QAbstractItemModelTester through builds, changes, removals and clears; the
+// delegate that remembers the sizes of the lists' items.
 #include <QAbstractItemModelTester>
 #include <QFont>
+#include <QListWidget>
 #include <QSignalSpy>
+#include <QStyledItemDelegate>
 #include <QTest>
+#include <functional>
 
 #include "gui/list_view_model.h"
+#include "gui/measured_delegate.h"
 #include "gui/tree_model.h"
 #include "ui/list_view.h"
 #include "ui/tree_view.h"
@@ -20,7 +25,9 @@ class ItemModelsTest : public QObject {
 
  private slots:
   void TreeFollowsItsControl();
+  void TreeSyncSkipsOnlySelectionMoves();
   void ListFollowsItsControl();
+  void RememberedSizesAreTheStylesSizes();
 };
 
 namespace {
@@ -97,6 +104,101 @@ void ItemModelsTest::TreeFollowsItsControl() {
   model.Sync();
   QCOMPARE(model.rowCount(), 0);
   QVERIFY(!model.IndexOf(0).isValid());
+}
+
+void ItemModelsTest::TreeSyncSkipsOnlySelectionMoves() {
+  // A click moves the selection only, and the snapshot is kept; any change
+  // of the nodes made with it must still reach the model.
+  const struct {
+    const char* what;
+    std::function<void(ui::TreeView&)> change;
+    bool nodes_changed;
+  } kCases[] = {
+      {"selection only", [](ui::TreeView&) {}, false},
+      {"bold", [](ui::TreeView& tree) { tree.SetBold(tree.FindKey("alpha"), true); }, true},
+      {"expanded", [](ui::TreeView& tree) { tree.SetExpanded(tree.FindKey("ROOT0"), true); },
+       true},
+      {"a new node",
+       [](ui::TreeView& tree) { tree.Add(tree.FindKey("ROOT0"), "beta", "beta", "AcctView"); },
+       true},
+      {"children removed", [](ui::TreeView& tree) { tree.RemoveChildren(tree.FindKey("ROOT1")); },
+       true},
+  };
+  for (const auto& c : kCases) {
+    ui::TreeView tree("tvwViews");
+    BuildTree(tree);
+    TreeModel model(tree);
+    QAbstractItemModelTester tester(&model, kQtTest);
+    QVERIFY2(!model.Sync(), c.what);  // nothing new since the model was made
+    const ui::NodeId root0 = tree.FindKey("ROOT0");
+    const qint64 icon_before = IconKey(model.IndexOf(root0));
+    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    tree.SetSelectedNode(tree.FindKey("zeta"));
+    c.change(tree);
+    tree.SetSelectedNode(tree.FindKey("alpha"));
+    QCOMPARE(model.Sync(), c.nodes_changed);
+    QCOMPARE(reset.count() + changed.count() > 0, c.nodes_changed);
+    // What the model shows is the tree as it is now.
+    for (ui::NodeId parent : {root0, tree.FindKey("ROOT1")}) {
+      QStringList want;
+      for (ui::NodeId id : tree.Children(parent)) want << QString::fromStdString(tree.Node(id).text);
+      QVERIFY2(Texts(model, model.IndexOf(parent)) == want, c.what);
+    }
+    const QModelIndex alpha = model.IndexOf(tree.FindKey("alpha"));
+    QCOMPARE(alpha.data(Qt::FontRole).value<QFont>().bold(), tree.Node(tree.FindKey("alpha")).bold);
+    QCOMPARE(IconKey(model.IndexOf(root0)) != icon_before, tree.Node(root0).expanded);
+    QVERIFY2(!model.Sync(), c.what);
+  }
+}
+
+void ItemModelsTest::RememberedSizesAreTheStylesSizes() {
+  QListWidget list;
+  auto* measured = new cvve::gui::MeasuredDelegate(&list);
+  list.setItemDelegate(measured);
+  QStyledItemDelegate plain;
+  const QStringList texts = {"", "A", "Account number", QString(300, 'W'), "Due date"};
+  for (const QString& text : texts) list.addItem(text);
+  // The same text in bold, and checkable (checked and not).
+  list.addItem("Account number");
+  QFont bold = list.font();
+  bold.setBold(true);
+  list.item(list.count() - 1)->setFont(bold);
+  for (Qt::CheckState state : {Qt::Checked, Qt::Unchecked}) {
+    list.addItem("Due date");
+    list.item(list.count() - 1)->setCheckState(state);
+  }
+  auto check_all = [&](const char* when) {
+    for (int row = 0; row < list.count(); ++row) {
+      QStyleOptionViewItem option;
+      option.initFrom(list.viewport());
+      option.font = list.font();
+      option.fontMetrics = list.fontMetrics();
+      option.widget = &list;
+      const QModelIndex index = list.model()->index(row, 0);
+      for (int twice = 0; twice < 2; ++twice) {  // measured, then remembered
+        QVERIFY2(measured->sizeHint(option, index) == plain.sizeHint(option, index),
+                 qPrintable(QString("%1, row %2").arg(when).arg(row)));
+      }
+    }
+  };
+  check_all("first font");
+  QVERIFY(measured->Remembered() >= 5);
+  // A bigger font for the whole list: nothing measured in the old one is used.
+  QFont big = list.font();
+  big.setPointSize(big.pointSize() * 3);
+  list.setFont(big);
+  check_all("larger font");
+  // Many different texts: the remembered sizes stay bounded.
+  for (int i = 0; i <= cvve::gui::MeasuredDelegate::kRemembered; ++i) {
+    list.addItem(QString("column %1").arg(i));
+  }
+  QStyleOptionViewItem option;
+  option.initFrom(list.viewport());
+  option.widget = &list;
+  for (int row = 0; row < list.count(); ++row) measured->sizeHint(option, list.model()->index(row, 0));
+  QVERIFY(measured->Remembered() <= cvve::gui::MeasuredDelegate::kRemembered);
+  QVERIFY(measured->Remembered() > 0);
 }
 
 void ItemModelsTest::ListFollowsItsControl() {
