@@ -8,6 +8,8 @@
 #include <memory>
 #include <mutex>
 
+#include "reportengine/report_viewer.h"
+
 namespace cvve::reportengine {
 
 namespace {
@@ -105,6 +107,14 @@ bool LiveReport::WaitForEnd(int timeout_ms) {
   QCoreApplication::processEvents();
   return true;
 }
+
+std::unique_ptr<ReportViewerWindow> OpenLiveViewer(LiveReport& run, QWidget* parent) {
+  auto window = std::make_unique<ReportViewerWindow>(run.Pages(), [&run] { run.Cancel(); }, parent);
+  window->SetRows(&run.Definition(), &run.Data());
+  return window;
+}
+
+void ShowLiveReport(LiveReport& run, QWidget* parent) { OpenLiveViewer(run, parent)->exec(); }
 
 void ThrowOutcome(const RunOutcome& outcome) {
   switch (outcome.status) {

@@ -56,4 +56,13 @@ class LiveReport {
 // Throws the error a run's outcome stands for (nothing for kDone).
 void ThrowOutcome(const RunOutcome& outcome);
 
+class ReportViewerWindow;
+
+// The viewer window on a run that may still be laying out pages, its
+// Cancel stopping the run: the editor's preview, `viewedit report FILE` and
+// the script's viewer all show a run in it. `run` must outlive the window.
+std::unique_ptr<ReportViewerWindow> OpenLiveViewer(LiveReport& run, QWidget* parent);
+// The same, shown modally until it is closed.
+void ShowLiveReport(LiveReport& run, QWidget* parent);
+
 }  // namespace cvve::reportengine

@@ -103,10 +103,7 @@ class WindowViewer : public ReportViewer {
   void SetResult(std::unique_ptr<ReportResult> result) override { result_ = std::move(result); }
   void Show() override {
     if (const auto* live = dynamic_cast<const LiveResult*>(result_.get())) {
-      LiveReport& run = live->Live();
-      ReportViewerWindow window(run.Pages(), [&run] { run.Cancel(); }, parent_.data());
-      window.SetRows(&run.Definition(), &run.Data());
-      window.exec();
+      ShowLiveReport(live->Live(), parent_.data());
       return;
     }
     const auto* laid_out = dynamic_cast<const LaidOutResult*>(result_.get());

@@ -137,6 +137,7 @@ class Runner {
     group.totals.count.assign(width, 0);
     if (!lazy) sink_->BeginGroup(group);
     std::vector<QString> cells(width);
+    const bool native = query.Native();
     const long long row_limit = db_->Limits().row_limit;
     long long line = 0;
     while (Next(query, element, statement)) {
@@ -154,13 +155,20 @@ class Runner {
           cells[c] = plan.line_number ? QString::number(line) : QString();
           continue;
         }
-        const QVariant value = query.Value(plan.source);
-        cells[c] = FormatCell(value, plan.kind);
-        if (plan.numeric) {
-          if (const std::optional<double> number = NumericValue(value)) {
-            group.totals.sum[c] += *number;
-            ++group.totals.count[c];
-          }
+        std::optional<double> number;
+        if (native) {
+          // Read in place: most of a long report's cells never become a QVariant.
+          const SqlValue value = query.Raw(plan.source);
+          cells[c] = FormatCell(value, plan.kind);
+          if (plan.numeric) number = NumericValue(value);
+        } else {
+          const QVariant value = query.Value(plan.source);
+          cells[c] = FormatCell(value, plan.kind);
+          if (plan.numeric) number = NumericValue(value);
+        }
+        if (number) {
+          group.totals.sum[c] += *number;
+          ++group.totals.count[c];
         }
       }
       sink_->Row(cells.data());

@@ -30,8 +30,9 @@ constexpr double kExactCentsLimit = 1e13;
 // thousands separated by commas, a minus sign before a negative value. Made
 // by hand because a report formats every money cell, and the locale's
 // general double-to-text conversion was most of their cost.
-QString Grouped(std::int64_t units, int decimals) {
-  char text[40];
+// `prefix` ("$", "-$") goes before the digits, in the same string.
+QString Grouped(std::int64_t units, int decimals, std::string_view prefix = {}) {
+  char text[48];
   char* end = text + sizeof text;
   char* at = end;
   std::uint64_t rest = units < 0 ? 0 - static_cast<std::uint64_t>(units)
@@ -46,6 +47,7 @@ QString Grouped(std::int64_t units, int decimals) {
     ++digits;
   } while (rest > 0);
   if (units < 0) *--at = '-';
+  for (auto c = prefix.rbegin(); c != prefix.rend(); ++c) *--at = *c;
   return QString::fromLatin1(at, static_cast<qsizetype>(end - at));
 }
 
@@ -57,8 +59,7 @@ std::optional<std::int64_t> Cents(double value) {
 
 QString Money(double value) {
   if (const std::optional<std::int64_t> cents = Cents(value)) {
-    const QString digits = Grouped(*cents < 0 ? -*cents : *cents, 2);
-    return (*cents < 0 ? QStringLiteral("-$") : QStringLiteral("$")) + digits;
+    return Grouped(*cents < 0 ? -*cents : *cents, 2, *cents < 0 ? "-$" : "$");
   }
   const double cents = ToCents(value);
   const QString digits = UsLocale().toString(std::fabs(cents), 'f', 2);
@@ -102,6 +103,50 @@ QString DateText(const QString& text) {
   const int order[10] = {5, 6, -1, 8, 9, -1, 0, 1, 2, 3};  // MM/DD/YYYY
   for (int i = 0; i < 10; ++i) out[i] = order[i] < 0 ? QChar(u'/') : in[order[i]];
   return date;
+}
+
+// The same from the database's UTF-8 bytes: "MM/DD/YYYY" when they start
+// with a valid "YYYY-MM-DD", else nothing (the text is then shown as it is,
+// or, beyond ASCII, looked at as DateText does).
+std::optional<QString> AsciiDate(std::string_view text) {
+  if (text.size() < 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
+  int parts[3] = {0, 0, 0};
+  const int starts[3] = {0, 5, 8};
+  const int lengths[3] = {4, 2, 2};
+  for (int p = 0; p < 3; ++p) {
+    for (int i = starts[p]; i < starts[p] + lengths[p]; ++i) {
+      const char c = text[static_cast<std::size_t>(i)];
+      if (c < '0' || c > '9') return std::nullopt;
+      parts[p] = parts[p] * 10 + (c - '0');
+    }
+  }
+  if (!QDate::isValid(parts[0], parts[1], parts[2])) return std::nullopt;
+  const char date[10] = {text[5], text[6], '/', text[8], text[9], '/',
+                         text[0], text[1], text[2], text[3]};
+  return QString::fromLatin1(date, 10);
+}
+
+bool Ascii(std::string_view text) {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  }
+  return true;
+}
+
+QString TextOf(const SqlValue& value) {
+  return QString::fromUtf8(value.text.data(), static_cast<qsizetype>(value.text.size()));
+}
+
+// A number in a Currency, Number or Integer column.
+QString NumberCell(double number, Kind kind) {
+  switch (kind) {
+    case Kind::kCurrency:
+      return Money(number);
+    case Kind::kNumber:
+      return Decimal(number);
+    default:
+      return Whole(number);
+  }
 }
 
 }  // namespace
@@ -152,18 +197,49 @@ QString FormatCell(const QVariant& value, ValueKind kind) {
       }
       return DateText(value.toString());
     case Kind::kCurrency:
-      if (const std::optional<double> number = NumericValue(value)) return Money(*number);
-      break;
     case Kind::kNumber:
-      if (const std::optional<double> number = NumericValue(value)) return Decimal(*number);
-      break;
     case Kind::kInteger:
-      if (const std::optional<double> number = NumericValue(value)) return Whole(*number);
+      if (const std::optional<double> number = NumericValue(value)) return NumberCell(*number, kind);
       break;
     case Kind::kText:
       break;
   }
   return value.toString();
+}
+
+QString FormatCell(const SqlValue& value, ValueKind kind) {
+  const bool as_text = kind == Kind::kText || kind == Kind::kDate;
+  switch (value.type) {
+    case SqlValue::Type::kNull:
+      return QString();
+    case SqlValue::Type::kInteger:
+      return as_text ? QString::number(value.integer)
+                     : NumberCell(static_cast<double>(value.integer), kind);
+    case SqlValue::Type::kReal:
+      return as_text ? QVariant(value.real).toString() : NumberCell(value.real, kind);
+    case SqlValue::Type::kText:
+      break;
+  }
+  if (kind == Kind::kText) return TextOf(value);
+  if (kind == Kind::kDate && Ascii(value.text.substr(0, 10))) {
+    if (std::optional<QString> date = AsciiDate(value.text)) return *std::move(date);
+    return TextOf(value);
+  }
+  return FormatCell(QVariant(TextOf(value)), kind);
+}
+
+std::optional<double> NumericValue(const SqlValue& value) {
+  switch (value.type) {
+    case SqlValue::Type::kNull:
+      return std::nullopt;
+    case SqlValue::Type::kInteger:
+      return static_cast<double>(value.integer);
+    case SqlValue::Type::kReal:
+      return value.real;
+    case SqlValue::Type::kText:
+      break;
+  }
+  return NumericValue(QVariant(TextOf(value)));
 }
 
 QString FormatTotal(double value, std::string_view format) {

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+#include "reportengine/guard/sql_value.h"
+
 namespace cvve::reportengine {
 
 enum class ValueKind { kText, kDate, kCurrency, kNumber, kInteger };
@@ -22,9 +24,14 @@ inline QString FormatCell(const QVariant& value, std::string_view format) {
   return FormatCell(value, KindOf(format));
 }
 
+// The same for a value read in place from SQLite: the text FormatCell gives
+// the QVariant QtSql's driver makes of it.
+QString FormatCell(const SqlValue& value, ValueKind kind);
+
 // The number in a value, for totals and averages; nothing for NULL and for
 // text that is not entirely a number.
 std::optional<double> NumericValue(const QVariant& value);
+std::optional<double> NumericValue(const SqlValue& value);
 
 // A total of a numeric column in the column's format; an average always
 // shows two decimals (with "$" for Currency).

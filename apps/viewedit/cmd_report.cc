@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QGuiApplication>
 
+#include "reportengine/background_report.h"
 #include "reportengine/export/csv_writer.h"
 #include "reportengine/export/xlsx_writer.h"
 #include "reportengine/guard/guarded_connection.h"
@@ -24,7 +25,6 @@
 #include "reportengine/paginator.h"
 #include "reportengine/language/report_definition.h"
 #include "reportengine/report_runner.h"
-#include "reportengine/report_viewer.h"
 #endif
 
 namespace viewedit {
@@ -136,6 +136,23 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
       Fail(kUsageError, e.what());
     }
 
+    if (!to_files) {
+      // On a screen the viewer opens on the first page while the run goes on,
+      // as the editor's preview does; the progress is the window's own.
+      settings.progress = nullptr;
+      re::LiveReport live(def, settings, options.database, limits);
+      live.WaitForFirstPage(nullptr);
+      re::ShowLiveReport(live, nullptr);
+      if (live.Finished() && live.Outcome()->Ok()) {
+        for (const std::string& warning : live.Data().warnings) {
+          std::cerr << "viewedit report: warning: " << warning << "\n";
+        }
+        const int pages = live.Pages()->Count();
+        std::cerr << "viewedit report: " << live.Data().RowCount() << " rows, " << pages
+                  << (pages == 1 ? " page" : " pages") << "\n";
+      }
+      return 0;
+    }
     re::GuardedConnection db(options.database, limits);
     if (!args.pdf.empty() && args.csv.empty() && args.xlsx.empty()) {
       // The PDF alone: pages are written as the rows come, nothing is held.
@@ -156,7 +173,7 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
       std::cerr << "viewedit report: warning: " << warning << "\n";
     }
     std::shared_ptr<const re::ReportLayout> layout;
-    if (!args.pdf.empty() || !to_files) {
+    if (!args.pdf.empty()) {
       layout = std::make_shared<const re::ReportLayout>(re::Paginate(def, data, settings.progress));
     }
     if (!args.pdf.empty())
@@ -175,11 +192,6 @@ int RunReportCommand(const ReportArguments& args, const HostOptions& options) {
     if (!args.csv.empty()) std::cerr << " -> " << args.csv;
     if (!args.xlsx.empty()) std::cerr << " -> " << args.xlsx;
     std::cerr << "\n";
-    if (!to_files) {
-      re::ReportViewerWindow window(layout);
-      window.SetRows(&def, &data);
-      window.exec();
-    }
   } catch (const CLI::RuntimeError&) {
     throw;
   } catch (const re::BadVariable& e) {

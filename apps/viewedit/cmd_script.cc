@@ -13,6 +13,7 @@
 #if CVVE_WITH_QT
 #include "reportengine/qt_report_engine.h"
 #include "reportengine/results/guarded_source.h"
+#include "reportengine/viewer_script/viewer_commands.h"
 #endif
 
 namespace viewedit {
@@ -36,7 +37,8 @@ class LazyPreviewEngine : public cvve::ReportEngine {
  private:
   cvve::ReportEngine& Engine() {
     if (!engine_) {
-      EnsureHeadlessQt();
+      // Widgets too: a script may open the report viewer after a preview.
+      EnsureHeadlessQt(true);
       engine_ = std::make_unique<cvve::reportengine::HeadlessReportEngine>(settings_);
     }
     return *engine_;
@@ -67,11 +69,14 @@ int RunScript(const ScriptArguments& args, const HostOptions& options) {
   }
   cvve::DefaultHostServices host = MakeHost(options);
 #if CVVE_WITH_QT
-  LazyPreviewEngine reports(
-      {options.database, options.user_where,
-       cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit)});
+  const cvve::reportengine::EngineSettings engine{
+      options.database, options.user_where,
+      cvve::reportengine::ResolveLimits(options.timeout_seconds, options.row_limit)};
+  LazyPreviewEngine reports(engine);
   LazyRowsSource rows(options);
+  cvve::reportengine::ViewerCommands viewer(engine, [] { EnsureHeadlessQt(true); });
   cvve::script::ScriptRunner runner(host, std::cout, &reports, &rows);
+  runner.SetExtension(&viewer);
 #else
   cvve::script::ScriptRunner runner(host, std::cout);
 #endif

@@ -44,8 +44,9 @@ void AddHostOptions(CLI::App& command, HostOptions& options);
 void AddReportDatabaseOptions(CLI::App& command, HostOptions& options);
 
 #if CVVE_WITH_QT
-// Makes the (offscreen) Qt application object when there is none. (headless_qt.cc)
-void EnsureHeadlessQt();
+// Makes the (offscreen) Qt application object when there is none, one that
+// can show windows with `widgets`. (headless_qt.cc)
+void EnsureHeadlessQt(bool widgets = false);
 // The editor's database the options name: --database, else the settings
 // file's, else the demo database; with --user-where and the limits.
 cvve::reportengine::EditorDatabase ResolveEditorDatabase(const HostOptions& options);

@@ -4,6 +4,7 @@
 #include "commands.h"
 
 #if CVVE_WITH_QT
+#include <QApplication>
 #include <QGuiApplication>
 #include <cstdlib>
 #include <memory>
@@ -12,7 +13,7 @@
 
 namespace viewedit {
 
-void EnsureHeadlessQt() {
+void EnsureHeadlessQt(bool widgets) {
   if (QCoreApplication::instance() != nullptr) return;
   if (std::getenv("QT_QPA_PLATFORM") == nullptr) setenv("QT_QPA_PLATFORM", "offscreen", 1);
   static int argc = 1;
@@ -20,7 +21,11 @@ void EnsureHeadlessQt() {
   static char* argv[] = {name, nullptr};
   // Lives as long as the process: destroying it among the static objects at
   // exit would outlive parts of Qt it needs.
-  new QGuiApplication(argc, argv);
+  if (widgets) {
+    new QApplication(argc, argv);
+  } else {
+    new QGuiApplication(argc, argv);
+  }
 }
 
 cvve::reportengine::EditorDatabase ResolveEditorDatabase(const HostOptions& options) {

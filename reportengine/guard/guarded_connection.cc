@@ -302,7 +302,7 @@ void GuardedConnection::Cancel() {
   }
 }
 
-std::string GuardedConnection::CheckSqlite(const std::string& statement) {
+sqlite3_stmt* GuardedConnection::CheckSqlite(const std::string& statement) {
   sqlite3* handle = sqlite_->Handle();
   sqlite_->TakeRefusal();
   sqlite3_stmt* prepared = nullptr;
@@ -320,29 +320,26 @@ std::string GuardedConnection::CheckSqlite(const std::string& statement) {
   if (prepared == nullptr) throw Error("the statement is empty");
   const bool reads = sqlite3_stmt_readonly(prepared) != 0;
   const bool has_columns = sqlite3_column_count(prepared) > 0;
-  sqlite3_finalize(prepared);
+  const auto refuse = [prepared](const std::string& what) {
+    sqlite3_finalize(prepared);
+    throw GuardError(GuardError::Kind::kRefused, OnlyReads(what));
+  };
   // SQLite's own parser says where the first statement ends; past it only
   // blanks, comments and semicolons may follow.
   const std::size_t rest = static_cast<std::size_t>(tail - statement.c_str());
   for (std::size_t at = rest; (at = SkipBlanksAndComments(statement, at)) < statement.size();) {
     if (statement[at] != ';') {
-      throw GuardError(GuardError::Kind::kRefused,
-                       OnlyReads("a second statement (" + Excerpt(statement.substr(at)) + ")"));
+      refuse("a second statement (" + Excerpt(statement.substr(at)) + ")");
     }
     ++at;
   }
   // Statements the authorizer is not asked about (VACUUM among them) still
   // say whether they write and whether they return rows.
-  if (!reads) {
-    throw GuardError(GuardError::Kind::kRefused,
-                     OnlyReads("a statement that writes (" + FirstWord(statement) + ")"));
-  }
-  if (!has_columns) {
-    throw GuardError(GuardError::Kind::kRefused,
-                     OnlyReads("a statement that returns no rows (" + FirstWord(statement) + ")"));
-  }
-  // QtSql refuses a tail even of comments: it gets the statement alone.
-  return statement.substr(0, rest);
+  if (!reads) refuse("a statement that writes (" + FirstWord(statement) + ")");
+  if (!has_columns) refuse("a statement that returns no rows (" + FirstWord(statement) + ")");
+  // The statement that was checked is the one that runs: nothing is
+  // prepared again between the check and the rows.
+  return prepared;
 }
 
 void GuardedConnection::CheckPostgres(const std::string& statement) {
@@ -416,10 +413,16 @@ GuardedQuery GuardedConnection::Execute(const std::string& statement) {
       throw;
     }
   }
-  const std::string checked = IsPostgres() ? statement : CheckSqlite(statement);
+  if (!IsPostgres()) {
+    GuardedQuery query(this, CheckSqlite(statement));
+    // The first row is read here, as QtSql's exec did: a statement that
+    // fails before its first row fails to execute, not to be read.
+    query.pending_row_ = query.Step();
+    return query;
+  }
   QSqlQuery query(db_);
   query.setForwardOnly(true);
-  if (!query.exec(QString::fromStdString(checked))) {
+  if (!query.exec(QString::fromStdString(statement))) {
     const QSqlError error = query.lastError();
     query = QSqlQuery();
     Finish();
@@ -431,13 +434,19 @@ GuardedQuery GuardedConnection::Execute(const std::string& statement) {
 GuardedQuery::GuardedQuery(GuardedConnection* connection, QSqlQuery query)
     : connection_(connection), query_(std::move(query)) {}
 
+GuardedQuery::GuardedQuery(GuardedConnection* connection, sqlite3_stmt* stmt)
+    : connection_(connection), stmt_(stmt) {}
+
 GuardedQuery::GuardedQuery(GuardedQuery&& other) noexcept
     : connection_(std::exchange(other.connection_, nullptr)),
       query_(std::move(other.query_)),
+      stmt_(std::exchange(other.stmt_, nullptr)),
+      pending_row_(other.pending_row_),
       rows_(other.rows_),
       done_(other.done_) {}
 
 GuardedQuery::~GuardedQuery() {
+  if (stmt_ != nullptr) sqlite3_finalize(stmt_);
   if (connection_ == nullptr) return;
   // Rows left unread on PostgreSQL would be drained first: stop the
   // statement at the server instead.
@@ -450,9 +459,74 @@ GuardedQuery::~GuardedQuery() {
   connection_->Finish();
 }
 
-int GuardedQuery::ColumnCount() const { return query_.record().count(); }
+int GuardedQuery::ColumnCount() const {
+  return stmt_ != nullptr ? sqlite3_column_count(stmt_) : query_.record().count();
+}
 
-QString GuardedQuery::ColumnName(int column) const { return query_.record().fieldName(column); }
+QString GuardedQuery::ColumnName(int column) const {
+  if (stmt_ == nullptr) return query_.record().fieldName(column);
+  // QtSql's SQLite driver drops the quotes of a quoted name.
+  return QString::fromUtf8(sqlite3_column_name(stmt_, column)).remove(QLatin1Char('"'));
+}
+
+QVariant GuardedQuery::Value(int column) const {
+  if (stmt_ == nullptr) return query_.value(column);
+  switch (sqlite3_column_type(stmt_, column)) {
+    case SQLITE_INTEGER:
+      return QVariant(static_cast<qlonglong>(sqlite3_column_int64(stmt_, column)));
+    case SQLITE_FLOAT:
+      return QVariant(sqlite3_column_double(stmt_, column));
+    case SQLITE_NULL:
+      return QVariant(QMetaType::fromType<QString>());
+    case SQLITE_BLOB: {
+      const auto* bytes = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+      return QVariant(QByteArray(bytes, sqlite3_column_bytes(stmt_, column)));
+    }
+    default: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
+      return QVariant(QString::fromUtf8(text, sqlite3_column_bytes(stmt_, column)));
+    }
+  }
+}
+
+SqlValue GuardedQuery::Raw(int column) const {
+  SqlValue value;
+  switch (sqlite3_column_type(stmt_, column)) {
+    case SQLITE_INTEGER:
+      value.type = SqlValue::Type::kInteger;
+      value.integer = sqlite3_column_int64(stmt_, column);
+      break;
+    case SQLITE_FLOAT:
+      value.type = SqlValue::Type::kReal;
+      value.real = sqlite3_column_double(stmt_, column);
+      break;
+    case SQLITE_NULL:
+      break;
+    case SQLITE_BLOB: {
+      value.type = SqlValue::Type::kText;
+      const auto* bytes = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+      value.text = std::string_view(bytes, static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column)));
+      break;
+    }
+    default: {
+      value.type = SqlValue::Type::kText;
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
+      value.text = std::string_view(text, static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column)));
+      break;
+    }
+  }
+  return value;
+}
+
+bool GuardedQuery::Step() {
+  const int rc = sqlite3_step(stmt_);
+  if (rc == SQLITE_ROW) return true;
+  if (rc == SQLITE_DONE) return false;
+  // In the words QtSql's driver gave the same failure.
+  const std::string message =
+      std::string(sqlite3_errmsg(sqlite3_db_handle(stmt_))) + " Unable to fetch row";
+  connection_->Fail(QString::number(rc & 0xFF), message);
+}
 
 bool GuardedQuery::Next() {
   if (done_) return false;
@@ -460,7 +534,13 @@ bool GuardedQuery::Next() {
   if (connection_->PastDeadline()) {
     throw GuardError(GuardError::Kind::kTimeout, TimeoutMessage(connection_->limits_));
   }
-  if (!query_.next()) {
+  if (stmt_ != nullptr) {
+    const bool row = std::exchange(pending_row_, false) || Step();
+    if (!row) {
+      done_ = true;
+      return false;
+    }
+  } else if (!query_.next()) {
     done_ = true;
     const QSqlError error = query_.lastError();
     if (error.isValid()) connection_->Fail(error.nativeErrorCode(), error.text().toStdString());

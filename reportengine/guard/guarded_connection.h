@@ -33,6 +33,9 @@
 
 #include "base/error.h"
 #include "reportengine/guard/limits.h"
+#include "reportengine/guard/sql_value.h"
+
+struct sqlite3_stmt;
 
 namespace cvve::reportengine {
 
@@ -97,15 +100,27 @@ class GuardedQuery {
   // The next row; false at the end. Throws GuardError (row or time limit),
   // Cancelled, or cvve::Error with the database's message.
   bool Next();
-  QVariant Value(int column) const { return query_.value(column); }
+  // The value as QtSql's drivers give it (SQLite: integers as qlonglong,
+  // reals as double, NULL as a null QString, text and blobs as QString and
+  // QByteArray).
+  QVariant Value(int column) const;
+  // On SQLite, the current row's value read in place: no QVariant, no
+  // UTF-16 (valid until the next call of Next). Only when Native().
+  bool Native() const { return stmt_ != nullptr; }
+  SqlValue Raw(int column) const;
   long long Rows() const { return rows_; }
 
  private:
   friend class GuardedConnection;
   GuardedQuery(GuardedConnection* connection, QSqlQuery query);
+  GuardedQuery(GuardedConnection* connection, sqlite3_stmt* stmt);
+  // SQLite: steps the statement; false at its end. Failures as Fail's.
+  bool Step();
 
   GuardedConnection* connection_;
-  QSqlQuery query_;
+  QSqlQuery query_;           // PostgreSQL
+  sqlite3_stmt* stmt_ = nullptr;  // SQLite: read through its C API
+  bool pending_row_ = false;  // SQLite: the first row, stepped by Execute
   long long rows_ = 0;
   bool done_ = false;
 };
@@ -141,8 +156,9 @@ class GuardedConnection {
 
   void OpenSqlite(const std::string& path);
   void OpenPostgres(const std::string& url);
-  // The statement alone, without the blanks and comments after it.
-  std::string CheckSqlite(const std::string& statement);
+  // The statement prepared (the authorizer sees it then), once it has been
+  // found to be a single reading statement; the caller finalizes it.
+  sqlite3_stmt* CheckSqlite(const std::string& statement);
   void CheckPostgres(const std::string& statement);
   void Exec(const QString& command);
   // The failure of a statement or of reading its rows, as the right error.

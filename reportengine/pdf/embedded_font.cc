@@ -89,6 +89,48 @@ std::unique_ptr<EmbeddedFont> EmbeddedFont::FromRawFont(const QRawFont& raw) {
 
 EmbeddedFont::EmbeddedFont(std::unique_ptr<Face> face) : face_(std::move(face)) {
   widths_.assign(hb_face_get_glyph_count(face_->face), -1);
+  codes_.assign(widths_.size(), -1);
+}
+
+namespace {
+
+// Bytes a content string would have to escape: ( ) \ and a carriage return.
+bool NeedsEscape(std::uint32_t byte) {
+  return byte == '(' || byte == ')' || byte == '\\' || byte == '\r';
+}
+
+// Code 0 would be CID 0, which readers take for the missing glyph.
+bool Unusable(std::uint32_t code) { return code == 0 || NeedsEscape(code & 0xFF); }
+
+}  // namespace
+
+std::optional<EmbeddedFont::Code> EmbeddedFont::CodeOf(std::uint16_t glyph) {
+  if (glyph >= codes_.size()) return std::nullopt;
+  std::int32_t& code = codes_[glyph];
+  if (code < 0) {
+    while (next_short_ < 0x80 && Unusable(next_short_)) ++next_short_;
+    while (next_short_ >= 0x80 && next_long_ <= 0xFFFF && Unusable(next_long_)) {
+      ++next_long_;
+    }
+    if (next_short_ < 0x80) {
+      code = static_cast<std::int32_t>(next_short_++);
+    } else if (next_long_ <= 0xFFFF) {
+      code = static_cast<std::int32_t>(next_long_++);
+    } else {
+      return std::nullopt;
+    }
+    coded_.emplace_back(static_cast<std::uint16_t>(code), glyph);
+  }
+  Code out;
+  if (code < 0x80) {
+    out.bytes[0] = static_cast<char>(code);
+    out.size = 1;
+  } else {
+    out.bytes[0] = static_cast<char>(code >> 8);
+    out.bytes[1] = static_cast<char>(code & 0xFF);
+    out.size = 2;
+  }
+  return out;
 }
 
 EmbeddedFont::~EmbeddedFont() = default;
@@ -116,38 +158,82 @@ std::string EmbeddedFont::SubsetTag() const {
   return tag + "+" + face_->name;
 }
 
+namespace {
+
+// The codes' two ranges: one byte below 0x80, two bytes from 0x8000.
+constexpr const char* kCodeSpace = "2 begincodespacerange\n<00> <7F>\n<8000> <FFFF>\nendcodespacerange\n";
+
+// A code as a CMap writes it, by its length.
+std::string HexCode(std::uint16_t code) {
+  char text[8];
+  std::snprintf(text, sizeof text, code < 0x80 ? "<%02X>" : "<%04X>", static_cast<unsigned>(code));
+  return text;
+}
+
+// Entries of a CMap in blocks of at most 100 ("N begin<kind> ... end<kind>").
+template <class Entries, class Entry>
+std::string Blocks(const Entries& entries, const char* kind, Entry&& entry) {
+  std::string out;
+  auto it = entries.begin();
+  while (it != entries.end()) {
+    std::string block;
+    int count = 0;
+    for (; it != entries.end() && count < 100; ++it, ++count) block += entry(*it);
+    out += std::to_string(count) + " begin" + kind + "\n" + block + "end" + kind + "\n";
+  }
+  return out;
+}
+
+}  // namespace
+
 std::string EmbeddedFont::ToUnicodeMap() const {
   std::string map =
       "/CIDInit /ProcSet findresource begin\n12 dict begin\nbegincmap\n"
       "/CIDSystemInfo << /Registry (Adobe) /Ordering (UCS) /Supplement 0 >> def\n"
-      "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n"
-      "1 begincodespacerange\n<0000> <FFFF>\nendcodespacerange\n";
-  char entry[20];
-  auto it = used_.begin();
-  while (it != used_.end()) {
-    // At most 100 entries a block.
-    std::string block;
-    int count = 0;
-    for (; it != used_.end() && count < 100; ++it, ++count) {
-      std::snprintf(entry, sizeof entry, "<%04X> <%04X>\n", it->first,
-                    static_cast<unsigned>(it->second));
-      block += entry;
-    }
-    map += std::to_string(count) + " beginbfchar\n" + block + "endbfchar\n";
-  }
+      "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n";
+  map += kCodeSpace;
+  map += Blocks(coded_, "bfchar", [this](const std::pair<std::uint16_t, std::uint16_t>& coded) {
+    char unicode[12];
+    std::snprintf(unicode, sizeof unicode, " <%04X>\n",
+                  static_cast<unsigned>(used_.at(coded.second)));
+    return HexCode(coded.first) + unicode;
+  });
   map += "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
   return map;
 }
 
+// The codes of the content streams are the CIDs; CIDToGIDMap takes them to
+// the glyphs. (CIDs that are glyph numbers would fall outside the codes'
+// ranges, and some readers then lose the text of those glyphs.)
+std::string EmbeddedFont::EncodingMap(const std::string& name) const {
+  return "/CIDInit /ProcSet findresource begin\n12 dict begin\nbegincmap\n"
+         "/CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >> def\n"
+         "/CMapName " + name + " def\n/CMapType 1 def\n" + kCodeSpace +
+         "2 begincidrange\n<00> <7F> 0\n<8000> <FFFF> 32768\nendcidrange\n"
+         "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
+}
+
+std::string EmbeddedFont::CidToGid() const {
+  std::string map;
+  for (const auto& [code, glyph] : coded_) {
+    const std::size_t at = std::size_t{code} * 2;
+    if (map.size() < at + 2) map.resize(at + 2, '\0');
+    map[at] = static_cast<char>(glyph >> 8);
+    map[at + 1] = static_cast<char>(glyph & 0xFF);
+  }
+  return map;
+}
+
 std::string EmbeddedFont::Widths() const {
-  // Runs of consecutive glyphs share one array: "first [w1 w2 ...]".
+  // By CID (the codes, given in rising order); runs of consecutive codes
+  // share one array: "first [w1 w2 ...]".
   std::string out = "[";
   int next = -2;
-  for (const auto& [glyph, character] : used_) {
-    if (glyph != next) out += (next < 0 ? "" : "] ") + std::to_string(glyph) + " [";
+  for (const auto& [code, glyph] : coded_) {
+    if (code != next) out += (next < 0 ? "" : "] ") + std::to_string(code) + " [";
     else out += ' ';
     out += std::to_string(widths_[glyph]);
-    next = glyph + 1;
+    next = code + 1;
   }
   if (next >= 0) out += ']';
   out += ']';
@@ -159,7 +245,10 @@ void EmbeddedFont::Write(ObjectWriter& out, int number) const {
   const int descriptor = out.Reserve();
   const int file = out.Reserve();
   const int to_unicode = out.Reserve();
+  const int encoding = out.Reserve();
+  const int cid_to_gid = out.Reserve();
   const std::string name = "/" + SubsetTag();
+  const std::string encoding_name = name + "-Codes";
 
   hb_subset_input_t* input = hb_subset_input_create_or_fail();
   if (input == nullptr) throw Error("cannot subset the font " + face_->name);
@@ -187,12 +276,14 @@ void EmbeddedFont::Write(ObjectWriter& out, int number) const {
   hb_ot_metrics_get_position(face_->font, HB_OT_METRICS_TAG_CAP_HEIGHT, &cap_height);
 
   out.Object(number, "<< /Type /Font /Subtype /Type0 /BaseFont " + name +
-                         " /Encoding /Identity-H /DescendantFonts [" + std::to_string(cid_font) +
+                         " /Encoding " + std::to_string(encoding) + " 0 R /DescendantFonts [" +
+                         std::to_string(cid_font) +
                          " 0 R] /ToUnicode " + std::to_string(to_unicode) + " 0 R >>");
   out.Object(cid_font, "<< /Type /Font /Subtype /CIDFontType2 /BaseFont " + name +
                            " /CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) "
                            "/Supplement 0 >> /FontDescriptor " +
-                           std::to_string(descriptor) + " 0 R /CIDToGIDMap /Identity /W " +
+                           std::to_string(descriptor) + " 0 R /CIDToGIDMap " +
+                           std::to_string(cid_to_gid) + " 0 R /W " +
                            Widths() + " >>");
   out.Object(descriptor, "<< /Type /FontDescriptor /FontName " + name +
                              " /Flags 32 /FontBBox [" + units(face_->box[0]) + " " +
@@ -204,6 +295,11 @@ void EmbeddedFont::Write(ObjectWriter& out, int number) const {
   out.Stream(file, " /Length1 " + std::to_string(font_file.size()), Deflate(font_file, 6), true);
   const std::string map = ToUnicodeMap();
   out.Stream(to_unicode, "", Deflate(map, 6), true);
+  out.Stream(encoding,
+             " /Type /CMap /CMapName " + encoding_name +
+                 " /CIDSystemInfo << /Registry (Adobe) /Ordering (Identity) /Supplement 0 >>",
+             Deflate(EncodingMap(encoding_name), 6), true);
+  out.Stream(cid_to_gid, "", Deflate(CidToGid(), 6), true);
 }
 
 }  // namespace cvve::reportengine::pdf

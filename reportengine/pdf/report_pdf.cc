@@ -5,7 +5,9 @@
 #include <QtConcurrent/QtConcurrentMap>
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
@@ -167,7 +169,9 @@ class PageContent {
     if (open_ && y == baseline_ && x >= pen_x_) {
       const long move = std::lround((pen_x_ - x) * 1000 / size_);
       if (move != 0) {
-        out += std::to_string(move);
+        char digits[24];
+        const auto written = std::to_chars(digits, digits + sizeof digits, move);
+        out.append(digits, written.ptr);
         pen_x_ -= static_cast<double>(move) * size_ / 1000;
       }
     } else {
@@ -184,35 +188,32 @@ class PageContent {
       line_y_ += dy;
       baseline_ = y;
     }
-    const TextShaper& shaper = shapers_.Of(text.font);
-    EmbeddedFont& font = fonts_.Font(font_);
-    // Two bytes a glyph, four when both need escaping: filled on the stack
-    // and appended once.
+    // One or two bytes a glyph (never escaped): filled on the stack and
+    // appended once.
     const qsizetype length = text.text.size();
     char stack[256];
     std::unique_ptr<char[]> heap;
     char* bytes = stack;
-    if (length * 4 + 2 > static_cast<qsizetype>(sizeof stack)) {
-      heap = std::make_unique<char[]>(static_cast<std::size_t>(length * 4 + 2));
+    if (length * 2 + 2 > static_cast<qsizetype>(sizeof stack)) {
+      heap = std::make_unique<char[]>(static_cast<std::size_t>(length * 2 + 2));
       bytes = heap.get();
     }
     char* end = bytes;
     *end++ = '(';
     int advance = 0;
+    std::array<Code, 256>& latin = latin_[static_cast<std::size_t>(text.font)];
     for (const QChar c : text.text) {
-      const quint32 glyph = shaper.GlyphIndex(c.unicode());
-      if (glyph == 0 || glyph > 0xFFFF) return false;
-      advance += font.Use(static_cast<std::uint16_t>(glyph), c.unicode());
-      for (const char byte : {static_cast<char>(glyph >> 8), static_cast<char>(glyph & 0xFF)}) {
-        if (byte == '(' || byte == ')' || byte == '\\') {
-          *end++ = '\\';
-        } else if (byte == '\r') {  // read as a line feed unless escaped
-          *end++ = '\\';
-          *end++ = 'r';
-          continue;
-        }
-        *end++ = byte;
+      const char16_t unicode = c.unicode();
+      Code code;
+      if (unicode < 256 && latin[unicode].size > 0) {
+        code = latin[unicode];
+      } else {
+        if (!Encode(text.font, unicode, code)) return false;
+        if (unicode < 256) latin[unicode] = code;
       }
+      std::memcpy(end, code.bytes, 2);
+      end += code.size;
+      advance += code.advance;
     }
     *end++ = ')';
     out.append(bytes, static_cast<std::size_t>(end - bytes));
@@ -220,8 +221,31 @@ class PageContent {
     return true;
   }
 
+  // A character's bytes in a content string and its advance.
+  struct Code {
+    char bytes[2] = {};
+    std::uint8_t size = 0;  // 0: not known yet
+    int advance = 0;        // thousandths of the font size
+  };
+
+  // The glyph's code in its font (recorded as used there) and its advance.
+  bool Encode(FontRole role, char16_t unicode, Code& code) {
+    const quint32 glyph = shapers_.Of(role).GlyphIndex(unicode);
+    if (glyph == 0 || glyph > 0xFFFF) return false;
+    EmbeddedFont& font = fonts_.Font(fonts_.Of(role).resource);
+    const std::optional<EmbeddedFont::Code> coded = font.CodeOf(static_cast<std::uint16_t>(glyph));
+    if (!coded) return false;
+    code.advance = font.Use(static_cast<std::uint16_t>(glyph), unicode);
+    code.bytes[0] = coded->bytes[0];
+    code.bytes[1] = coded->bytes[1];
+    code.size = coded->size;
+    return true;
+  }
+
   FontTable& fonts_;
   const LayoutFonts& shapers_;
+  // The Latin-1 characters' codes by font role, filled as they are first met.
+  std::array<std::array<Code, 256>, kFontRoles> latin_{};
   double height_;  // points
   std::string* out_ = nullptr;
   int font_ = -1;

@@ -186,6 +186,7 @@ struct ScriptRunner::Impl {
   ScriptPrompter prompter;
   ui::HeadlessDialogHost dialogs;
   std::unique_ptr<PreviewRecorder> recorder;  // in front of the report engine, if any
+  ScriptExtension* extension = nullptr;       // the host's own commands
   EditorEnvironment env;
   clsViewEdit component;
 
@@ -307,7 +308,10 @@ struct ScriptRunner::Impl {
         {"results", &Impl::Results},
     };
     auto it = kCommands.find(line.command);
-    if (it == kCommands.end()) throw Bad("unknown command " + Quoted(line.command));
+    if (it == kCommands.end()) {
+      if (extension && extension->Run(line.command, line.rest, out)) return;
+      throw Bad("unknown command " + Quoted(line.command));
+    }
     Args args(line.rest);
     (this->*(it->second))(args);
   }
@@ -917,6 +921,8 @@ ScriptRunner::ScriptRunner(HostServices& host, std::ostream& out, ReportEngine* 
     : impl_(std::make_unique<Impl>(host, out, reports, rows)) {}
 
 ScriptRunner::~ScriptRunner() = default;
+
+void ScriptRunner::SetExtension(ScriptExtension* extension) { impl_->extension = extension; }
 
 void ScriptRunner::Run(std::string_view script) { impl_->Run(script); }
 

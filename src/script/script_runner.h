@@ -36,6 +36,15 @@ class ScriptError : public std::runtime_error {
   std::string reason_;
 };
 
+// Commands a host adds to the language (the report viewer's): Run returns
+// false for a command it does not know, prints to `out`, and throws
+// std::exception for a failing line.
+class ScriptExtension {
+ public:
+  virtual ~ScriptExtension() = default;
+  virtual bool Run(const std::string& command, std::string_view rest, std::ostream& out) = 0;
+};
+
 class ScriptRunner {
  public:
   // `host` must outlive the runner. Printed output goes to `out`. Without a
@@ -57,6 +66,9 @@ class ScriptRunner {
   // As Run, reading the lines from `in` as they arrive: each line runs (and
   // its output is flushed) before the next one is read.
   void Run(std::istream& in);
+
+  // Asked for the commands the runner does not know; must outlive the runner.
+  void SetExtension(ScriptExtension* extension);
 
   // The editor of the last `open` (kept after it closed); nullptr before.
   frmAcctViewEdit* Editor();

@@ -9,6 +9,10 @@
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -16,6 +20,7 @@
 #include "report_test_support.h"
 #include "reportengine/guard/background_runner.h"
 #include "reportengine/report_runner.h"
+#include "reportengine/value_format.h"
 
 namespace cvve::reportengine {
 namespace {
@@ -120,6 +125,78 @@ TEST_F(GuardTest, EveryKindOfWriteIsRefusedAndTheFileStaysTheSame) {
   GuardedQuery query = connection.Execute("-- accounts\nSELECT count(*) FROM ACCTS; /* end */ ;");
   ASSERT_TRUE(query.Next());
   EXPECT_EQ(query.Value(0).toInt(), 300);
+}
+
+// Rows are read through SQLite's own interface: every value must come out as
+// QtSql's driver gave it, and every cell read in place must show and sum as
+// that value does.
+TEST_F(GuardTest, RowsReadInPlaceMatchQtSqlsDriver) {
+  const std::string statement =
+      "SELECT 42 AS \"quoted name\", -7.25, NULL, 'plain', x'3132', 'Ünïcödé', '', 1e300, "
+      "9223372036854775807, -0.005, '2026-03-05', '2026-02-30', '  12.5 ', '1e3', 'n/a', "
+      "'٢٠٢٦-٠٣-٠٥', 12345678901234.5, 0.1 + 0.2, 'a\"b', AcctNum, Balance, StockNum, Status "
+      "FROM ACCTS ORDER BY AcctNum LIMIT 3";
+  QSqlDatabase plain = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "plain-reader");
+  plain.setDatabaseName(QString::fromStdString(db_));
+  plain.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+  ASSERT_TRUE(plain.open()) << plain.lastError().text().toStdString();
+  {
+    QSqlQuery classic(plain);
+    classic.setForwardOnly(true);
+    ASSERT_TRUE(classic.exec(QString::fromStdString(statement)))
+        << classic.lastError().text().toStdString();
+    GuardedConnection connection(db_);
+    GuardedQuery query = connection.Execute(statement);
+    ASSERT_TRUE(query.Native());
+    ASSERT_EQ(query.ColumnCount(), classic.record().count());
+    for (int c = 0; c < query.ColumnCount(); ++c) {
+      EXPECT_EQ(query.ColumnName(c), classic.record().fieldName(c)) << c;
+    }
+    const ValueKind kinds[] = {ValueKind::kText, ValueKind::kDate, ValueKind::kCurrency,
+                               ValueKind::kNumber, ValueKind::kInteger};
+    int rows = 0;
+    while (query.Next()) {
+      ASSERT_TRUE(classic.next());
+      ++rows;
+      for (int c = 0; c < query.ColumnCount(); ++c) {
+        SCOPED_TRACE("row " + std::to_string(rows) + " column " + std::to_string(c));
+        const QVariant expected = classic.value(c);
+        const QVariant value = query.Value(c);
+        EXPECT_EQ(value.typeId(), expected.typeId());
+        EXPECT_EQ(value.isNull(), expected.isNull());
+        EXPECT_EQ(value, expected);
+        const SqlValue raw = query.Raw(c);
+        for (const ValueKind kind : kinds) {
+          EXPECT_EQ(FormatCell(raw, kind), FormatCell(expected, kind)) << static_cast<int>(kind);
+        }
+        EXPECT_EQ(NumericValue(raw), NumericValue(expected));
+      }
+    }
+    EXPECT_FALSE(classic.next());
+    EXPECT_EQ(rows, 3);
+  }
+  plain.close();
+  plain = QSqlDatabase();
+  QSqlDatabase::removeDatabase("plain-reader");
+}
+
+// A statement that fails at its first row fails where it is executed, as it
+// did through QtSql, and keeps the database's words.
+TEST_F(GuardTest, AFailureBeforeTheFirstRowFailsTheExecution) {
+  GuardedConnection connection(db_);
+  try {
+    connection.Execute("SELECT abs(-9223372036854775807 - 1) FROM ACCTS");
+    ADD_FAILURE() << "ran";
+  } catch (const GuardError& e) {
+    ADD_FAILURE() << e.what();
+  } catch (const Error& e) {
+    EXPECT_NE(std::string(e.what()).find("integer overflow"), std::string::npos) << e.what();
+  }
+  // The connection reads on afterwards.
+  GuardedQuery query = connection.Execute("SELECT count(*) FROM ACCTS");
+  ASSERT_TRUE(query.Next());
+  EXPECT_EQ(query.Value(0).toInt(), 300);
+  EXPECT_FALSE(query.Next());
 }
 
 TEST_F(GuardTest, TheDatabasesOwnErrorsKeepItsMessage) {

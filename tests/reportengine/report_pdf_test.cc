@@ -159,7 +159,7 @@ TEST(ReportPdfTest, CellsLandWhereTheLayoutPutsThem) {
   std::set<std::string> names;
   while (std::getline(lines, line)) {
     std::smatch m;
-    if (!std::regex_search(line, m, std::regex(R"re(^[A-Z]{6}\+(\S+) +CID TrueType +Identity-H +yes yes yes)re"))) {
+    if (!std::regex_search(line, m, std::regex(R"re(^[A-Z]{6}\+(\S+) +CID TrueType +Custom +yes yes yes)re"))) {
       continue;
     }
     names.insert(m[1]);

@@ -35,7 +35,9 @@ using testing::ActiveByCollector;
 using testing::AllAccounts;
 using testing::CvrShape;
 using testing::Define;
+using testing::Endless;
 using testing::HaveTool;
+using testing::NoRowLimit;
 using testing::Produce;
 using testing::RunCommand;
 using testing::SmallDatabase;
@@ -69,23 +71,6 @@ Streamed Stream(const ReportDefinition& def, const QueryLimits& limits = {}) {
   StreamReport(def, db, {}, paginator);
   for (int p = 0; p < paginator.PageCount(); ++p) out.closing.push_back(paginator.ClosingTexts(p));
   return out;
-}
-
-// An endless statement: its rows come at once, its end never.
-CvrShape Endless() {
-  CvrShape shape;
-  shape.name = "Endless";
-  shape.statement =
-      "\"WITH RECURSIVE r(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM r) SELECT i, 'row ' || i "
-      "FROM r\"";
-  shape.columns = {{"Number", "N", "Integer", "Right", 1500}, {"Text", "T", "String"}};
-  return shape;
-}
-
-QueryLimits NoRowLimit() {
-  QueryLimits limits;
-  limits.row_limit = 1'000'000'000;
-  return limits;
 }
 
 TEST(ReportStreamTest, StreamedPagesAreTheWholeLayoutsPages) {

@@ -106,6 +106,22 @@ ReportDefinition Define(const TempFolder& folder, const CvrShape& shape) {
   return LoadReportDefinition(folder.Write(shape.name + ".cvr", CvrXml(shape)));
 }
 
+CvrShape Endless() {
+  CvrShape shape;
+  shape.name = "Endless";
+  shape.statement =
+      "\"WITH RECURSIVE r(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM r) SELECT i, 'row ' || i "
+      "FROM r\"";
+  shape.columns = {{"Number", "N", "Integer", "Right", 1500}, {"Text", "T", "String"}};
+  return shape;
+}
+
+QueryLimits NoRowLimit() {
+  QueryLimits limits;
+  limits.row_limit = 1'000'000'000;
+  return limits;
+}
+
 CvrShape AllAccounts() {
   CvrShape shape;
   shape.name = "All Accounts";

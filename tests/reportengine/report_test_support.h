@@ -57,6 +57,11 @@ CvrShape AllAccounts();
 // Account (text), Opened (date), Days Late (integer), Balance (currency).
 // `and_where` narrows both the groups and the rows (it may use $variables).
 CvrShape ActiveByCollector(const std::string& and_where = "");
+// An endless statement: its rows come at once, its end never. Number
+// (integer), Text.
+CvrShape Endless();
+// The default limits without the row limit.
+QueryLimits NoRowLimit();
 
 // A report run on the small database and laid out.
 struct Output {
