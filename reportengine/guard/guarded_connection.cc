@@ -418,6 +418,8 @@ GuardedQuery GuardedConnection::Execute(const std::string& statement) {
     // The first row is read here, as QtSql's exec did: a statement that
     // fails before its first row fails to execute, not to be read.
     query.pending_row_ = query.Step();
+    // Stepped again after its end, a statement would start over.
+    query.done_ = !query.pending_row_;
     return query;
   }
   QSqlQuery query(db_);
