@@ -103,7 +103,7 @@ BENCHMARK(BM_AllStatements)
     ->Arg(20000)
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
-    ->Iterations(5);
+    ->Iterations(9);
 
 }  // namespace
 }  // namespace cvve::bench
