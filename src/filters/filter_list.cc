@@ -201,7 +201,6 @@ FilterRowTemplates::Template FillFromDefinitions(frmAcctViewEdit& ed,
   t.rows = list.Items();
   for (int r = 0; r < rows; ++r) {
     const auto i = static_cast<std::size_t>(r);
-    t.fields.push_back(Split(t.rows[i].tag, '|'));
     if (ed.FilterRowColor[i] == kUnset) {
       ed.FilterRowColor[i] = colors_before[i];
       ed.FilterRowInputCount[i] = inputs_before[i];
@@ -220,25 +219,23 @@ bool ShowsMissingFilters(const frmAcctViewEdit& ed, const FilterRowTemplates::Te
 
 }  // namespace
 
+void FilterRowTemplates::Follow(const DocumentCursor& setup) {
+  if (setup_ == &setup && generation_ == setup.Generation()) return;
+  by_data_set_.clear();
+  setup_ = &setup;
+  generation_ = setup.Generation();
+}
+
 const FilterRowTemplates::Template* FilterRowTemplates::Find(const DocumentCursor& setup,
                                                              const std::string& data_set) {
-  if (setup_ != &setup || generation_ != setup.Generation()) {
-    by_data_set_.clear();
-    setup_ = &setup;
-    generation_ = setup.Generation();
-    return nullptr;
-  }
+  Follow(setup);
   const auto it = by_data_set_.find(data_set);
   return it == by_data_set_.end() ? nullptr : &it->second;
 }
 
 FilterRowTemplates::Template& FilterRowTemplates::Store(const DocumentCursor& setup,
                                                         const std::string& data_set, Template t) {
-  if (setup_ != &setup || generation_ != setup.Generation()) {
-    by_data_set_.clear();
-    setup_ = &setup;
-    generation_ = setup.Generation();
-  }
+  Follow(setup);
   return by_data_set_.insert_or_assign(data_set, std::move(t)).first->second;
 }
 

@@ -26,7 +26,6 @@ class FilterRowTemplates {
     XmlNode data_set;          // the first DataSet of the name, empty when none
     bool has_filters = false;  // whether that data set has a Filters element
     std::vector<ui::ListItem> rows;
-    std::vector<std::vector<std::string>> fields;  // each row's tag, split
     // Each row's cell colour and input count; no colour for a row whose
     // colour step failed (the arrays keep what they held).
     std::vector<std::optional<std::pair<std::int32_t, std::int16_t>>> colors;
@@ -37,6 +36,9 @@ class FilterRowTemplates {
   void Clear() { by_data_set_.clear(); }
 
  private:
+  // Forgets the templates when `setup` is another file or was loaded again.
+  void Follow(const DocumentCursor& setup);
+
   const DocumentCursor* setup_ = nullptr;
   std::uint64_t generation_ = 0;
   std::map<std::string, Template, std::less<>> by_data_set_;

@@ -14,6 +14,7 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <chrono>
+#include <utility>
 #include <filesystem>
 #include <thread>
 
@@ -180,36 +181,29 @@ TEST_F(GuardTest, RowsReadInPlaceMatchQtSqlsDriver) {
   QSqlDatabase::removeDatabase("plain-reader");
 }
 
-// A statement that fails at its first row fails where it is executed, as it
-// did through QtSql, and keeps the database's words.
-TEST_F(GuardTest, AFailureBeforeTheFirstRowFailsTheExecution) {
+// The database's refusals keep its words: one at preparing, and one at the
+// first row, which fails where the statement is executed, as through QtSql.
+TEST_F(GuardTest, TheDatabasesOwnErrorsKeepItsMessage) {
   GuardedConnection connection(db_);
-  try {
-    connection.Execute("SELECT abs(-9223372036854775807 - 1) FROM ACCTS");
-    ADD_FAILURE() << "ran";
-  } catch (const GuardError& e) {
-    ADD_FAILURE() << e.what();
-  } catch (const Error& e) {
-    EXPECT_NE(std::string(e.what()).find("integer overflow"), std::string::npos) << e.what();
+  const std::pair<const char*, const char*> cases[] = {
+      {"SELECT missing_column FROM ACCTS", "no such column: missing_column"},
+      {"SELECT abs(-9223372036854775807 - 1) FROM ACCTS", "integer overflow"},
+  };
+  for (const auto& [statement, message] : cases) {
+    try {
+      connection.Execute(statement);
+      ADD_FAILURE() << "ran: " << statement;
+    } catch (const GuardError& e) {
+      ADD_FAILURE() << e.what();
+    } catch (const Error& e) {
+      EXPECT_NE(std::string(e.what()).find(message), std::string::npos) << e.what();
+    }
   }
   // The connection reads on afterwards.
   GuardedQuery query = connection.Execute("SELECT count(*) FROM ACCTS");
   ASSERT_TRUE(query.Next());
   EXPECT_EQ(query.Value(0).toInt(), 300);
   EXPECT_FALSE(query.Next());
-}
-
-TEST_F(GuardTest, TheDatabasesOwnErrorsKeepItsMessage) {
-  GuardedConnection connection(db_);
-  try {
-    connection.Execute("SELECT missing_column FROM ACCTS");
-    ADD_FAILURE() << "ran";
-  } catch (const GuardError& e) {
-    ADD_FAILURE() << e.what();
-  } catch (const Error& e) {
-    EXPECT_NE(std::string(e.what()).find("no such column: missing_column"), std::string::npos)
-        << e.what();
-  }
 }
 
 TEST_F(GuardTest, LimitsEndAStatementWithTheirMessages) {
