@@ -16,7 +16,6 @@
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMouseEvent>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
@@ -26,8 +25,6 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QStyledItemDelegate>
-#include <QTextCursor>
-#include <QTextDocument>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -52,6 +49,7 @@
 #include "query/statement_preview.h"
 #include "results/results.h"
 #include "gui/results/results_pane.h"
+#include "gui/statement/statement_view.h"
 #include "ui/prompter.h"
 
 namespace cvve::gui {
@@ -446,11 +444,9 @@ void EditorWindow::BuildLayout() {
   QGroupBox* pane = pane_;
   auto* lp = new QVBoxLayout(pane);
   lp->setContentsMargins(6, 4, 6, 6);
-  statement_ = new QPlainTextEdit(pane);
+  statement_ = new StatementView(pane);
   statement_->setObjectName("txtStatement");
-  statement_->setReadOnly(true);
   statement_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-  statement_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
   const int line = statement_->fontMetrics().lineSpacing();
   statement_->setMinimumHeight(line * 2 + 12);
   statement_->resize(statement_->width(), line * 5 + 12);
@@ -777,7 +773,7 @@ QString EditorWindow::valueMark(int row, int column) const {
 void EditorWindow::MarkFailure() {
   if (!results_) return;
   failing_cells_.clear();
-  QList<QTextEdit::ExtraSelection> marks;
+  std::vector<StatementView::Mark> marks;
   const long long position = results_->errorPosition();
   const std::string& ran = results_->lastStatement();
   if (position >= 0 && static_cast<std::size_t>(position) < ran.size()) {
@@ -789,18 +785,14 @@ void EditorWindow::MarkFailure() {
     if (end == std::string::npos) end = ran.size();
     const QString word = Q(ran.substr(static_cast<std::size_t>(position),
                                       std::min<std::size_t>(end - position, 24)));
-    const QTextCursor found = statement_->document()->find(word);
-    if (!found.isNull()) {
-      QTextEdit::ExtraSelection mark;
-      mark.cursor = found;
-      mark.format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-      mark.format.setUnderlineColor(QColor(0xC0, 0x10, 0x10));
-      mark.format.setBackground(QColor(0xFF, 0xE0, 0xE0));
-      mark.format.setToolTip(results_->errorMessage());
-      marks << mark;
+    const qsizetype found =
+        word.isEmpty() ? -1 : statement_->toPlainText().indexOf(word, 0, Qt::CaseInsensitive);
+    if (found >= 0) {
+      marks.push_back({static_cast<int>(found), static_cast<int>(word.size()),
+                       results_->errorMessage()});
     }
   }
-  statement_->setExtraSelections(marks);
+  statement_->setMarks(marks);
   filters_->viewport()->update();
 }
 

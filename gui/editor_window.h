@@ -41,6 +41,7 @@ namespace cvve::gui {
 
 class FilterCellDelegate;
 class ResultsPane;
+class StatementView;
 
 class EditorWindow : public QWidget {
   Q_OBJECT
@@ -56,7 +57,7 @@ class EditorWindow : public QWidget {
   QWidget* filterArea() const { return filter_area_; }
   // 1: txtData1LV, 2: txtData2LV.
   QComboBox* valueEditor(int which) const { return which == 1 ? value1_ : value2_; }
-  QPlainTextEdit* statementPane() const { return statement_; }
+  StatementView* statementPane() const { return statement_; }
   // Shows the rows of the profile on screen from `database` beside the
   // statement, from now on.
   void ShowResults(const reportengine::EditorDatabase& database);
@@ -141,7 +142,7 @@ class EditorWindow : public QWidget {
   int caption_extra_ = 0;
   QStyledItemDelegate* plain_delegate_ = nullptr;
   QGroupBox* pane_ = nullptr;
-  QPlainTextEdit* statement_ = nullptr;
+  StatementView* statement_ = nullptr;
   ResultsPane* results_ = nullptr;
   // The filter value cells (row, column) the last statement failed on.
   std::vector<std::pair<int, int>> failing_cells_;

@@ -41,9 +41,7 @@ void FilterCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
   opt.backgroundBrush = background;
   opt.palette.setColor(QPalette::All, QPalette::Text, Qt::black);
   painter->fillRect(opt.rect, background);
-  const QWidget* widget = opt.widget;
-  QStyle* style = widget ? widget->style() : QApplication::style();
-  style->drawControl(QStyle::CE_ItemViewItem, &opt, painter, widget);
+  PaintItem(painter, opt);
   PaintMark(painter, option, index);
 }
 

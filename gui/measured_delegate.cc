@@ -1,5 +1,7 @@
 #include "gui/measured_delegate.h"
 
+#include <QApplication>
+#include <QPainter>
 #include <QWidget>
 
 namespace cvve::gui {
@@ -7,6 +9,81 @@ namespace cvve::gui {
 size_t qHash(const MeasuredDelegate::Key& key, size_t seed) {
   return qHashMulti(seed, key.style, key.features, key.check, key.alignment, key.elide,
                     key.direction, key.font, key.text);
+}
+
+size_t qHash(const MeasuredDelegate::LayoutKey& key, size_t seed) {
+  return qHashMulti(seed, key.text, key.font, key.width, key.alignment, key.direction);
+}
+
+const QTextLayout& MeasuredDelegate::LaidOut(const LayoutKey& key) const {
+  if (const auto found = layouts_.constFind(key); found != layouts_.constEnd()) return **found;
+  // As the style lays out an item's line: no wrapping, in the cell's width.
+  auto layout = std::make_shared<QTextLayout>(key.text, key.font);
+  QTextOption option;
+  option.setWrapMode(QTextOption::ManualWrap);
+  option.setTextDirection(static_cast<Qt::LayoutDirection>(key.direction));
+  option.setAlignment(QStyle::visualAlignment(static_cast<Qt::LayoutDirection>(key.direction),
+                                              Qt::Alignment(key.alignment)));
+  layout->setTextOption(option);
+  layout->setCacheEnabled(true);
+  layout->beginLayout();
+  QTextLine line = layout->createLine();
+  if (line.isValid()) {
+    line.setLineWidth(key.width);
+    line.setPosition(QPointF(0, 0));
+  }
+  layout->endLayout();
+  if (layouts_.size() >= kRemembered) layouts_.clear();
+  return **layouts_.insert(key, std::move(layout));
+}
+
+void MeasuredDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                             const QModelIndex& index) const {
+  QStyleOptionViewItem item = option;
+  initStyleOption(&item, index);
+  PaintItem(painter, item);
+}
+
+void MeasuredDelegate::PaintItem(QPainter* painter, QStyleOptionViewItem& item) const {
+  const QWidget* widget = item.widget;
+  QStyle* style = widget ? widget->style() : QApplication::style();
+  const bool plain_line =
+      !item.text.isEmpty() && !(item.features & QStyleOptionViewItem::WrapText) &&
+      !(item.state & (QStyle::State_HasFocus | QStyle::State_Editing)) &&
+      !style->inherits("QStyleSheetStyle") && !item.text.contains(QLatin1Char('\n')) &&
+      !item.text.contains(QChar::LineSeparator);
+  if (!plain_line) {
+    style->drawControl(QStyle::CE_ItemViewItem, &item, painter, widget);
+    return;
+  }
+  // The text's place in the cell does not depend on the text: the style
+  // gives the text the cell's width left of the check and the icon.
+  const QString text = item.text;
+  item.text.clear();
+  const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, widget) + 1;
+  const QRect text_rect =
+      style->subElementRect(QStyle::SE_ItemViewItemText, &item, widget).adjusted(margin, 0, -margin, 0);
+  const QTextLayout& layout = LaidOut({text, item.font, text_rect.width(),
+                                       static_cast<int>(item.displayAlignment),
+                                       static_cast<int>(item.direction)});
+  if (layout.lineCount() != 1 || layout.lineAt(0).naturalTextWidth() > text_rect.width()) {
+    item.text = text;  // elided: the style's own way
+    style->drawControl(QStyle::CE_ItemViewItem, &item, painter, widget);
+    return;
+  }
+  style->drawControl(QStyle::CE_ItemViewItem, &item, painter, widget);
+  // The pen, the clip and the place the style draws an item's text with.
+  painter->save();
+  painter->setClipRect(item.rect);
+  QPalette::ColorGroup group =
+      item.state & QStyle::State_Enabled ? QPalette::Normal : QPalette::Disabled;
+  if (group == QPalette::Normal && !(item.state & QStyle::State_Active)) group = QPalette::Inactive;
+  painter->setPen(item.palette.color(
+      group, item.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
+  const QRect placed = QStyle::alignedRect(Qt::LayoutDirectionAuto, item.displayAlignment,
+                                           layout.boundingRect().size().toSize(), text_rect);
+  layout.draw(painter, QPointF(text_rect.x(), placed.top()));
+  painter->restore();
 }
 
 QSize MeasuredDelegate::sizeHint(const QStyleOptionViewItem& option,

@@ -1,13 +1,17 @@
 #pragma once
-// An item delegate that measures a plain text item once per font and text.
-// Measuring shapes the whole text; the editor's column lists are refilled
+// An item delegate that measures a plain text item once per font and text,
+// and draws its text from a layout kept per text, font and width. Measuring
+// and drawing shape the whole text; the editor's column lists are refilled
 // with the same names on every change of data set, and their layout measures
-// every item again, which took more than the rest of a profile switch.
+// every item again, which took more than the rest of a profile switch; the
+// style lays an item's text out three times each time it paints it.
 #include <QFont>
 #include <QHash>
 #include <QSize>
 #include <QString>
 #include <QStyledItemDelegate>
+#include <QTextLayout>
+#include <memory>
 
 class QStyle;
 
@@ -22,7 +26,10 @@ class MeasuredDelegate : public QStyledItemDelegate {
   static constexpr int kRemembered = 4096;
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override;
   int Remembered() const { return static_cast<int>(sizes_.size()); }
+  int RememberedLayouts() const { return static_cast<int>(layouts_.size()); }
 
   // Everything the style's measure of a text item reads besides its
   // rectangle (which only wrapped text reads).
@@ -38,8 +45,28 @@ class MeasuredDelegate : public QStyledItemDelegate {
     bool operator==(const Key& other) const = default;
   };
 
+ protected:
+  // Draws an item as the style draws it (CE_ItemViewItem). A single line of
+  // text that fits its cell is drawn from a kept layout, the rest of the
+  // item by the style; anything else (elided, wrapped, several lines, the
+  // focused or edited item, a style sheet) is left to the style whole.
+  void PaintItem(QPainter* painter, QStyleOptionViewItem& item) const;
+
  private:
+  // What a laid-out cell text depends on.
+  struct LayoutKey {
+    QString text;
+    QFont font;
+    int width = 0;
+    int alignment = 0;
+    int direction = 0;
+    bool operator==(const LayoutKey& other) const = default;
+  };
+  friend size_t qHash(const LayoutKey& key, size_t seed);
+  const QTextLayout& LaidOut(const LayoutKey& key) const;
+
   mutable QHash<Key, QSize> sizes_;
+  mutable QHash<LayoutKey, std::shared_ptr<QTextLayout>> layouts_;
 };
 
 size_t qHash(const MeasuredDelegate::Key& key, size_t seed = 0);

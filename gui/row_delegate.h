@@ -29,7 +29,7 @@ class RowDelegate : public MeasuredDelegate {
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
-    QStyledItemDelegate::paint(painter, option, index);
+    MeasuredDelegate::paint(painter, option, index);
     PaintMark(painter, option, index);
   }
 

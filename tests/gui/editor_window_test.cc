@@ -12,6 +12,7 @@
 #include <tuple>
 
 #include "gui/units.h"
+#include "gui/statement/statement_view.h"
 #include "gui_fixture.h"
 
 using cvve::guitest::GuiEditor;

@@ -1,9 +1,13 @@
 // The item models over the tree and list-view control models, checked by
 // QAbstractItemModelTester through builds, changes, removals and clears; the
-// delegate that remembers the sizes of the lists' items.
+// delegate that remembers the sizes of the lists' items and draws them from
+// kept layouts.
 #include <QAbstractItemModelTester>
 #include <QFont>
+#include <QHeaderView>
 #include <QListWidget>
+#include <QStandardItemModel>
+#include <QTreeView>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
 #include <QTest>
@@ -28,6 +32,7 @@ class ItemModelsTest : public QObject {
   void TreeSyncSkipsOnlySelectionMoves();
   void ListFollowsItsControl();
   void RememberedSizesAreTheStylesSizes();
+  void KeptLayoutsDrawWhatTheStyleDraws();
 };
 
 namespace {
@@ -199,6 +204,72 @@ void ItemModelsTest::RememberedSizesAreTheStylesSizes() {
   for (int row = 0; row < list.count(); ++row) measured->sizeHint(option, list.model()->index(row, 0));
   QVERIFY(measured->Remembered() <= cvve::gui::MeasuredDelegate::kRemembered);
   QVERIFY(measured->Remembered() > 0);
+}
+
+void ItemModelsTest::KeptLayoutsDrawWhatTheStyleDraws() {
+  // A table of cells of every kind the editor's lists show, drawn by the
+  // style and by the delegate that keeps layouts: the pixels are the same,
+  // the first time and from the kept layouts.
+  QStandardItemModel model(0, 3);
+  const struct {
+    const char* text;
+    Qt::Alignment alignment;
+    int check;  // -1 none
+    bool bold;
+    bool enabled;
+  } kCells[] = {
+      {"Balance", Qt::AlignLeft | Qt::AlignVCenter, 2, false, true},
+      {"1,234.50", Qt::AlignRight | Qt::AlignVCenter, -1, false, true},
+      {"Due", Qt::AlignHCenter | Qt::AlignVCenter, -1, true, true},
+      {"", Qt::AlignLeft | Qt::AlignVCenter, 0, false, true},
+      {"A name far too long for its column, so the style elides it with dots", Qt::AlignLeft,
+       -1, false, true},
+      {"Disabled", Qt::AlignLeft | Qt::AlignVCenter, 0, false, false},
+      {"Two\nlines", Qt::AlignLeft | Qt::AlignVCenter, -1, false, true},
+      {"qypgj_", Qt::AlignLeft | Qt::AlignTop, -1, false, true},
+      {"Ünïcödé ✓", Qt::AlignRight | Qt::AlignBottom, 2, true, true},
+  };
+  for (int row = 0; row < 4; ++row) {
+    QList<QStandardItem*> items;
+    for (int column = 0; column < 3; ++column) {
+      const auto& cell = kCells[(row * 3 + column) % std::size(kCells)];
+      auto* item = new QStandardItem(QString::fromUtf8(cell.text));
+      item->setTextAlignment(cell.alignment);
+      if (cell.check >= 0) {
+        item->setCheckable(true);
+        item->setCheckState(static_cast<Qt::CheckState>(cell.check));
+      }
+      QFont font;
+      font.setBold(cell.bold);
+      item->setFont(font);
+      item->setEnabled(cell.enabled);
+      items << item;
+    }
+    model.appendRow(items);
+  }
+  QTreeView view;
+  view.setModel(&model);
+  view.setRootIsDecorated(false);
+  view.header()->resizeSection(0, 150);
+  view.header()->resizeSection(1, 90);
+  view.resize(400, 200);
+  view.setSelectionBehavior(QAbstractItemView::SelectRows);
+  view.selectionModel()->select(model.index(1, 0),
+                                QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  view.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&view));
+  QStyledItemDelegate style_drawn;
+  view.setItemDelegate(&style_drawn);
+  const QImage want = view.viewport()->grab().toImage();
+  auto* kept = new cvve::gui::MeasuredDelegate(&view);
+  view.setItemDelegate(kept);
+  for (int pass = 0; pass < 2; ++pass) {
+    const QImage got = view.viewport()->grab().toImage();
+    QVERIFY2(got == want, qPrintable(QString("pass %1").arg(pass)));
+  }
+  // The layouts were kept and drawn from, not only handed to the style.
+  QVERIFY(kept->RememberedLayouts() >= 5);
+  view.setItemDelegate(nullptr);
 }
 
 void ItemModelsTest::ListFollowsItsControl() {

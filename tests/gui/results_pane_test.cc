@@ -20,6 +20,7 @@
 #include "gui/advanced_filter_dialog.h"
 #include "gui/results/results_pane.h"
 #include "gui/tree_model.h"
+#include "gui/statement/statement_view.h"
 #include "gui_fixture.h"
 #include "reportengine/demo_database.h"
 #include "reportengine/results/guarded_source.h"
@@ -227,9 +228,11 @@ void ResultsPaneTest::AFailingFilterValueIsOutlinedUntilItIsFixed() {
   QVERIFY(!OutlinedAt(g.filters->viewport(), QPoint(g.FilterCellRect(2, 1).left() + 1, edge.y())));
   QVERIFY(ToolTipAt(g.filters, g.FilterCellRect(1, 2).center()) != message);
   // The statement pane underlines the word the database named.
-  const auto marks = g.window->statementPane()->extraSelections();
-  QCOMPARE(marks.size(), 1);
-  QCOMPARE(marks.front().cursor.selectedText(), QString("abc"));
+  const auto marks = g.window->statementPane()->marks();
+  QCOMPARE(marks.size(), std::size_t{1});
+  QCOMPARE(g.window->statementPane()->toPlainText().mid(marks.front().start, marks.front().length),
+           QString("abc"));
+  QCOMPARE(marks.front().tip, message);
 
   // Fixed, the outline, the tool tip and the underline go and the rows come back.
   g.ClickFilterCell(2, 2);
@@ -241,7 +244,7 @@ void ResultsPaneTest::AFailingFilterValueIsOutlinedUntilItIsFixed() {
   QVERIFY(pane->table()->rowCount() > 0);
   QVERIFY(!OutlinedAt(g.filters->viewport(), edge));
   QVERIFY(ToolTipAt(g.filters, cell.center()) != message);
-  QVERIFY(g.window->statementPane()->extraSelections().isEmpty());
+  QVERIFY(g.window->statementPane()->marks().empty());
 }
 
 void ResultsPaneTest::AdvancedFilterTestShowsCountOrErrorAndCloseIsUnchanged() {

@@ -17,6 +17,7 @@
 
 #include "gui/units.h"
 #include "gui/window_settings.h"
+#include "gui/statement/statement_view.h"
 #include "gui_fixture.h"
 
 using cvve::guitest::GuiEditor;
