@@ -46,7 +46,9 @@ QString Statement(std::mt19937& random, int words, bool odd_characters) {
       "SELECT", "a.ACCOUNT_NO,", "b.[Last Name],", "(x", "+", "y)", "'O''Brien'", "<>", "=",
       "IN", "('A',", "'B')", "WHERE", "AND", "-1.5", "x-y", "a/b", "NOT", "ORDER", "BY",
       "ASC,", "\"Quoted\"", "[Balance]>=0", "f(1,2)", "x;", "!", "?", "a_b_c_d_e",
-      "VeryLongIdentifierWithoutAnyBreakOpportunityInsideItAtAllAndThenSomeMoreLetters"};
+      "VeryLongIdentifierWithoutAnyBreakOpportunityInsideItAtAllAndThenSomeMoreLetters",
+      "ACCTS.AcctNum,CUST_INFO.LastName,CUST_INFO.FirstName,ACCTS.PmtAmt,ACCTS.NextDue,"
+      "ACCTS.DaysLate,ACCTS.Balance,[x_y].[z_w],\"q_r\""};
   std::uniform_int_distribution<int> piece(0, std::size(kPieces) - 1);
   std::uniform_int_distribution<int> percent(0, 99);
   QString text;
