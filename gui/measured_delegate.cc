@@ -1,6 +1,7 @@
 #include "gui/measured_delegate.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QWidget>
 
@@ -12,29 +13,47 @@ size_t qHash(const MeasuredDelegate::Key& key, size_t seed) {
 }
 
 size_t qHash(const MeasuredDelegate::LayoutKey& key, size_t seed) {
-  return qHashMulti(seed, key.text, key.font, key.width, key.alignment, key.direction);
+  return qHashMulti(seed, key.text, key.font, key.width, key.alignment, key.direction, key.elide);
 }
 
-const QTextLayout& MeasuredDelegate::LaidOut(const LayoutKey& key) const {
-  if (const auto found = layouts_.constFind(key); found != layouts_.constEnd()) return **found;
-  // As the style lays out an item's line: no wrapping, in the cell's width.
-  auto layout = std::make_shared<QTextLayout>(key.text, key.font);
-  QTextOption option;
-  option.setWrapMode(QTextOption::ManualWrap);
-  option.setTextDirection(static_cast<Qt::LayoutDirection>(key.direction));
-  option.setAlignment(QStyle::visualAlignment(static_cast<Qt::LayoutDirection>(key.direction),
-                                              Qt::Alignment(key.alignment)));
+namespace {
+std::unique_ptr<QTextLayout> LineLayout(const QString& text, const QFont& font,
+                                        const QTextOption& option, int width) {
+  auto layout = std::make_unique<QTextLayout>(text, font);
   layout->setTextOption(option);
   layout->setCacheEnabled(true);
   layout->beginLayout();
   QTextLine line = layout->createLine();
   if (line.isValid()) {
-    line.setLineWidth(key.width);
+    line.setLineWidth(width);
     line.setPosition(QPointF(0, 0));
   }
   layout->endLayout();
+  return layout;
+}
+}  // namespace
+
+const MeasuredDelegate::Drawn& MeasuredDelegate::LaidOut(const LayoutKey& key) const {
+  if (const auto found = layouts_.constFind(key); found != layouts_.constEnd()) return **found;
+  // As the style lays out an item's line: no wrapping, in the cell's width;
+  // a text wider than that is elided as the style elides it, and placed by
+  // the height of the whole text.
+  QTextOption option;
+  option.setWrapMode(QTextOption::ManualWrap);
+  option.setTextDirection(static_cast<Qt::LayoutDirection>(key.direction));
+  option.setAlignment(QStyle::visualAlignment(static_cast<Qt::LayoutDirection>(key.direction),
+                                              Qt::Alignment(key.alignment)));
+  auto drawn = std::make_shared<Drawn>();
+  drawn->layout = LineLayout(key.text, key.font, option, key.width);
+  drawn->box = drawn->layout->boundingRect().size().toSize();
+  drawn->single_line = drawn->layout->lineCount() == 1;
+  if (drawn->single_line && drawn->layout->lineAt(0).naturalTextWidth() > key.width) {
+    const QString elided = QFontMetrics(key.font).elidedText(
+        key.text, static_cast<Qt::TextElideMode>(key.elide), key.width);
+    drawn->layout = LineLayout(elided, key.font, option, key.width);
+  }
   if (layouts_.size() >= kRemembered) layouts_.clear();
-  return **layouts_.insert(key, std::move(layout));
+  return **layouts_.insert(key, std::move(drawn));
 }
 
 void MeasuredDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -63,11 +82,12 @@ void MeasuredDelegate::PaintItem(QPainter* painter, QStyleOptionViewItem& item) 
   const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, widget) + 1;
   const QRect text_rect =
       style->subElementRect(QStyle::SE_ItemViewItemText, &item, widget).adjusted(margin, 0, -margin, 0);
-  const QTextLayout& layout = LaidOut({text, item.font, text_rect.width(),
-                                       static_cast<int>(item.displayAlignment),
-                                       static_cast<int>(item.direction)});
-  if (layout.lineCount() != 1 || layout.lineAt(0).naturalTextWidth() > text_rect.width()) {
-    item.text = text;  // elided: the style's own way
+  const Drawn& drawn = LaidOut({text, item.font, text_rect.width(),
+                                static_cast<int>(item.displayAlignment),
+                                static_cast<int>(item.direction),
+                                static_cast<int>(item.textElideMode)});
+  if (!drawn.single_line) {
+    item.text = text;  // the style's own way
     style->drawControl(QStyle::CE_ItemViewItem, &item, painter, widget);
     return;
   }
@@ -80,9 +100,9 @@ void MeasuredDelegate::PaintItem(QPainter* painter, QStyleOptionViewItem& item) 
   if (group == QPalette::Normal && !(item.state & QStyle::State_Active)) group = QPalette::Inactive;
   painter->setPen(item.palette.color(
       group, item.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
-  const QRect placed = QStyle::alignedRect(Qt::LayoutDirectionAuto, item.displayAlignment,
-                                           layout.boundingRect().size().toSize(), text_rect);
-  layout.draw(painter, QPointF(text_rect.x(), placed.top()));
+  const QRect placed =
+      QStyle::alignedRect(Qt::LayoutDirectionAuto, item.displayAlignment, drawn.box, text_rect);
+  drawn.layout->draw(painter, QPointF(text_rect.x(), placed.top()));
   painter->restore();
 }
 

@@ -47,9 +47,10 @@ class MeasuredDelegate : public QStyledItemDelegate {
 
  protected:
   // Draws an item as the style draws it (CE_ItemViewItem). A single line of
-  // text that fits its cell is drawn from a kept layout, the rest of the
-  // item by the style; anything else (elided, wrapped, several lines, the
-  // focused or edited item, a style sheet) is left to the style whole.
+  // text, elided to its cell as the style elides it, is drawn from a kept
+  // layout, the rest of the item by the style; anything else (wrapped,
+  // several lines, the focused or edited item, a style sheet) is left to
+  // the style whole.
   void PaintItem(QPainter* painter, QStyleOptionViewItem& item) const;
 
  private:
@@ -60,13 +61,21 @@ class MeasuredDelegate : public QStyledItemDelegate {
     int width = 0;
     int alignment = 0;
     int direction = 0;
+    int elide = 0;
     bool operator==(const LayoutKey& other) const = default;
   };
+  // The line to draw (the text, or the text elided) and the size the style
+  // places it by.
+  struct Drawn {
+    std::unique_ptr<QTextLayout> layout;
+    QSize box;
+    bool single_line = false;
+  };
   friend size_t qHash(const LayoutKey& key, size_t seed);
-  const QTextLayout& LaidOut(const LayoutKey& key) const;
+  const Drawn& LaidOut(const LayoutKey& key) const;
 
   mutable QHash<Key, QSize> sizes_;
-  mutable QHash<LayoutKey, std::shared_ptr<QTextLayout>> layouts_;
+  mutable QHash<LayoutKey, std::shared_ptr<Drawn>> layouts_;
 };
 
 size_t qHash(const MeasuredDelegate::Key& key, size_t seed = 0);

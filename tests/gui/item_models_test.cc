@@ -259,13 +259,16 @@ void ItemModelsTest::KeptLayoutsDrawWhatTheStyleDraws() {
   view.show();
   QVERIFY(QTest::qWaitForWindowExposed(&view));
   QStyledItemDelegate style_drawn;
-  view.setItemDelegate(&style_drawn);
-  const QImage want = view.viewport()->grab().toImage();
   auto* kept = new cvve::gui::MeasuredDelegate(&view);
-  view.setItemDelegate(kept);
-  for (int pass = 0; pass < 2; ++pass) {
-    const QImage got = view.viewport()->grab().toImage();
-    QVERIFY2(got == want, qPrintable(QString("pass %1").arg(pass)));
+  for (Qt::TextElideMode elide : {Qt::ElideRight, Qt::ElideMiddle, Qt::ElideLeft, Qt::ElideNone}) {
+    view.setTextElideMode(elide);
+    view.setItemDelegate(&style_drawn);
+    const QImage want = view.viewport()->grab().toImage();
+    view.setItemDelegate(kept);
+    for (int pass = 0; pass < 2; ++pass) {
+      const QImage got = view.viewport()->grab().toImage();
+      QVERIFY2(got == want, qPrintable(QString("elide mode %1, pass %2").arg(elide).arg(pass)));
+    }
   }
   // The layouts were kept and drawn from, not only handed to the style.
   QVERIFY(kept->RememberedLayouts() >= 5);
