@@ -1,6 +1,5 @@
 #include "component/frm_acct_view_edit.h"
 
-#include <optional>
 #include <utility>
 
 #include "base/error.h"
@@ -141,14 +140,8 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
   auto is_xml = [](const std::string& path) {
     return path.size() >= 4 && ToLower(path.substr(path.size() - 4)) == ".xml";
   };
-  // Files read ahead are taken instead of read again, once. Without them,
-  // the views file is read on another thread while this one reads the
-  // defaults file (two documents of about the same size in a large set).
-  opening::ReadAhead* ahead = std::exchange(env_.read_ahead, nullptr);
-  std::optional<opening::ReadAhead> beside;
-  if (!ahead && !InReportMode() && is_xml(ViewsPath)) {
-    ahead = &beside.emplace(ViewsPath, "", "");
-  }
+  // Files read ahead are taken instead of read again, once.
+  opening::ReadAhead* const ahead = std::exchange(env_.read_ahead, nullptr);
   auto read_ahead = [ahead](const std::string& path) {
     return ahead ? ahead->Take(path) : nullptr;
   };
