@@ -46,7 +46,8 @@ const FileSet& GeneratedSet(int profiles) {
   return it->second;
 }
 
-HeadlessEditor::HeadlessEditor(const FileSet& set) {
+HeadlessEditor::HeadlessEditor(const FileSet& set, opening::ReadAhead* read_ahead) {
+  env.read_ahead = read_ahead;
   host.view_files_folder = set.folder;
   host.reports_base_folder = set.folder;
   host.users = set.users;

@@ -10,6 +10,7 @@
 #include "component/frm_acct_view_edit.h"
 #include "fileset_generator.h"
 #include "host/host_services.h"
+#include "opening/read_ahead.h"
 #include "ui/headless_dialog_host.h"
 #include "ui/headless_prompter.h"
 
@@ -25,7 +26,8 @@ std::string ScratchFolder(const std::string& name);
 const FileSet& GeneratedSet(int profiles);
 
 struct HeadlessEditor {
-  explicit HeadlessEditor(const FileSet& set);
+  // With `read_ahead`, the first LoadFiles takes the files read ahead there.
+  explicit HeadlessEditor(const FileSet& set, opening::ReadAhead* read_ahead = nullptr);
   DefaultHostServices host;
   ui::HeadlessPrompter prompter;
   ui::HeadlessDialogHost dialogs;

@@ -19,6 +19,7 @@
 #include "component/frm_acct_view_edit.h"
 #include "gui/editor_window.h"
 #include "gui/qt_screen.h"
+#include "opening/read_ahead.h"
 #include "reportengine/qt_report_engine.h"
 #include "reportengine/results/guarded_source.h"
 #endif
@@ -76,21 +77,26 @@ void AddScreenshotOption(CLI::App& command) {
   return "";
 }
 
-// The setup file the entry method will read, for the warning about a folder
-// that lacks it ("" when the method names none).
-[[maybe_unused]] std::string SetupFileOf(EntryMethod method,
-                                         const std::vector<std::string>& files) {
+// The views, defaults and setup files the entry method will read (views and
+// defaults "" for the reports, which are no such set; all "" when the method
+// names none).
+struct FileNames {
+  std::string views, defaults, setup;
+};
+[[maybe_unused]] FileNames FileNamesOf(EntryMethod method,
+                                       const std::vector<std::string>& files) {
   switch (method) {
     case EntryMethod::kAcct:
-      return "viewsetup.xml";
+      return {"acctviews.xml", "acctviewsdef.xml", "viewsetup.xml"};
     case EntryMethod::kInv:
-      return "v_invsetup.xml";
+      return {"v_invviews.xml", "v_invdef.xml", "v_invsetup.xml"};
     case EntryMethod::kEod:
-      return "eodsetup.xml";
+      return {"eodviews.xml", "eoddef.xml", "eodsetup.xml"};
     case EntryMethod::kReport:
-      return "reportsetup.xml";
+      return {"", "", "reportsetup.xml"};
     case EntryMethod::kEdit:
-      return files.size() == 3 ? files[2] : std::string();
+      if (files.size() == 3) return {files[0], files[1], files[2]};
+      return {};
   }
   return {};
 }
@@ -119,7 +125,16 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
     std::cerr << "viewedit edit: give the three files VIEWS DEFAULTS SETUP\n";
     return kBadOption;
   }
-  const std::string setup = SetupFileOf(method, files);
+  const FileNames names = FileNamesOf(method, files);
+  const std::string& setup = names.setup;
+  const std::string folder = host.ViewFilesFolder() + "/";
+  // The files are read and parsed on another thread while the window's
+  // toolkit starts; the editor takes them as its own load would leave them.
+  std::unique_ptr<cvve::opening::ReadAhead> read_ahead;
+  if (!names.views.empty()) {
+    read_ahead = std::make_unique<cvve::opening::ReadAhead>(
+        folder + names.views, folder + names.defaults, folder + setup);
+  }
   std::error_code ec;
   if (!setup.empty() &&
       !std::filesystem::is_regular_file(host.view_files_folder + "/" + setup, ec)) {
@@ -141,7 +156,8 @@ int OpenEditor(EntryMethod method, const std::vector<std::string>& files,
   engine.limits = database.limits;
   cvve::gui::QtScreen screen(std::make_unique<cvve::reportengine::QtReportEngine>(engine));
   screen.qt_dialogs().database = database;
-  cvve::EditorEnvironment env{host, screen.prompter(), screen.dialogs(), screen.reports()};
+  cvve::EditorEnvironment env{host, screen.prompter(), screen.dialogs(), screen.reports(),
+                              read_ahead.get()};
 
   int code = 0;
   const std::string screenshot = ScreenshotPath();

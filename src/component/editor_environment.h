@@ -5,6 +5,9 @@ namespace cvve {
 
 class HostServices;
 class ReportEngine;
+namespace opening {
+class ReadAhead;
+}
 namespace ui {
 class Prompter;
 class DialogHost;
@@ -15,6 +18,9 @@ struct EditorEnvironment {
   ui::Prompter& prompter;
   ui::DialogHost& dialogs;
   ReportEngine* reports = nullptr;  // none: preview shows nothing
+  // The file set read ahead while the program started; the first LoadFiles
+  // takes from it what it would have read itself, and later ones nothing.
+  opening::ReadAhead* read_ahead = nullptr;
 };
 
 }  // namespace cvve

@@ -1,5 +1,7 @@
 #include "component/frm_acct_view_edit.h"
 
+#include <utility>
+
 #include "base/error.h"
 #include "base/text.h"
 #include "columns/column_selection.h"
@@ -8,6 +10,7 @@
 #include "filters/filter_list.h"
 #include "filters/value_editors.h"
 #include "host/host_services.h"
+#include "opening/read_ahead.h"
 #include "profiles/profile_commands.h"
 #include "profiles/profile_saver.h"
 #include "profiles/views_tree.h"
@@ -137,7 +140,20 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
   auto is_xml = [](const std::string& path) {
     return path.size() >= 4 && ToLower(path.substr(path.size() - 4)) == ".xml";
   };
-  if (is_xml(DefaultsPath) && Host().FileExists(DefaultsPath)) DefaultsDoc.Load(DefaultsPath);
+  // Files read ahead are taken instead of read again, once.
+  opening::ReadAhead* const ahead = std::exchange(env_.read_ahead, nullptr);
+  auto read_ahead = [ahead](const std::string& path) {
+    return ahead ? ahead->Take(path) : nullptr;
+  };
+  auto load = [&read_ahead](DocumentCursor& doc, const std::string& path) {
+    if (std::unique_ptr<opening::ParsedFile> file = read_ahead(path)) {
+      doc.Reset();
+      doc.Document() = std::move(file->document);
+    } else {
+      doc.Load(path);
+    }
+  };
+  if (is_xml(DefaultsPath) && Host().FileExists(DefaultsPath)) load(DefaultsDoc, DefaultsPath);
   if (InReportMode()) {
     // An interrupted change of report files is finished before they are listed.
     views_loaded = {};
@@ -145,9 +161,12 @@ void frmAcctViewEdit::LoadFiles(const std::string& sViewsFile, const std::string
     report_loaded_cvx = report_loaded_cvr = {};
     filesafety::RecoverReportsFolder(ViewsPath);
   } else {
-    filesafety::LoadViewsFile(*this, is_xml(ViewsPath) && Host().FileExists(ViewsPath));
+    const bool by_rule = is_xml(ViewsPath) && Host().FileExists(ViewsPath);
+    std::unique_ptr<opening::ParsedFile> views = by_rule ? read_ahead(ViewsPath) : nullptr;
+    filesafety::LoadViewsFile(*this, by_rule, views.get());
   }
-  if (Host().FileExists(SetupPath)) SetupDoc.Load(SetupPath);
+  if (Host().FileExists(SetupPath)) load(SetupDoc, SetupPath);
+  if (ahead) ahead->Drop();
 
   for (int position = 1; position <= lstFilters.ColumnCount(); ++position) {
     const std::string& key = lstFilters.Column(position).key;

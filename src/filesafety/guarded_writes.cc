@@ -11,6 +11,7 @@
 #include "filesafety/kept_file.h"
 #include "filesafety/report_transaction.h"
 #include "filesafety/views_merge.h"
+#include "opening/read_ahead.h"
 #include "ui/prompter.h"
 
 namespace cvve::filesafety {
@@ -63,22 +64,29 @@ Choice AskKeepMine(frmAcctViewEdit& ed, const std::string& question) {
 
 }  // namespace
 
-void LoadViewsFile(frmAcctViewEdit& ed, bool load_by_rule) {
+void LoadViewsFile(frmAcctViewEdit& ed, bool load_by_rule, opening::ParsedFile* early) {
   LoadedFile& loaded = ed.views_loaded;
   loaded = LoadedFile{};
   ed.views_edits.Clear();
   loaded.path = ed.ViewsPath;
-  loaded.identity = ReadIdentity(ed.ViewsPath, &loaded.bytes);
+  opening::ParsedFile own;
+  if (!early) {
+    own = opening::ReadFile(ed.ViewsPath, true, load_by_rule);
+    early = &own;
+  }
+  loaded.identity = early->read.identity;
+  loaded.bytes = std::move(early->read.bytes);
   if (!loaded.identity.exists) return;
   if (!load_by_rule) {
     loaded.whole = false;  // never loaded, yet OK writes over it
     return;
   }
+  ed.ViewsDoc.Reset();
+  ed.ViewsDoc.Document() = std::move(early->document);
   // A file with no element at all (empty, or only a declaration as OK
   // writes an empty document) has nothing to lose.
-  std::string error;
-  loaded.whole = loaded.identity.readable && (ed.ViewsDoc.LoadText(loaded.bytes, &error) ||
-                                              error == "No document element found");
+  loaded.whole = loaded.identity.readable &&
+                 (early->parsed || early->error == "No document element found");
 }
 
 void RememberReport(frmAcctViewEdit& ed) {
@@ -122,10 +130,19 @@ bool WriteViewsFile(frmAcctViewEdit& ed) {
       KeepAndTell(ed, path);
     } else if (same_file && now != loaded.identity && keepable) {
       // Written by someone else since it was loaded: their records, with ours put in.
+      // The file as loaded; when that cannot be had, every record changed
+      // here is asked about rather than merged blindly.
       DocumentCursor base;
-      base.LoadText(loaded.bytes);
+      bool base_known = !loaded.identity.exists;  // nothing was there: the base is empty
+      if (loaded.bytes) {
+        if (const std::optional<std::string> bytes = loaded.bytes->Read()) {
+          base.LoadText(*bytes);
+          base_known = true;
+        }
+      }
       if (merged.LoadText(disk_bytes)) {
-        if (!MergeViews(base.Document(), merged.Document(), ed.ViewsDoc.Document(),
+        if (!MergeViews(base_known ? &base.Document() : nullptr, merged.Document(),
+                        ed.ViewsDoc.Document(),
                         ed.views_edits,
                         [&ed](const std::string& name) {
                           return AskKeepMine(ed, "The profile '" + name +
@@ -140,10 +157,10 @@ bool WriteViewsFile(frmAcctViewEdit& ed) {
         KeepAndTell(ed, path);  // theirs does not parse: kept, ours written
       }
     }
-    const std::string text = to_write->ToString();
     to_write->Save(path);
-    ed.views_loaded.identity = ReadIdentity(path);
-    ed.views_loaded.bytes = text;
+    FileRead written = ReadForParse(path, true);
+    ed.views_loaded.identity = written.identity;
+    ed.views_loaded.bytes = std::move(written.bytes);
     ed.views_loaded.whole = true;
     ed.views_loaded.path = path;
     return true;

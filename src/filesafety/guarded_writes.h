@@ -11,13 +11,17 @@
 
 namespace cvve {
 class frmAcctViewEdit;
+namespace opening {
+struct ParsedFile;
 }
+}  // namespace cvve
 
 namespace cvve::filesafety {
 
 // Loads ViewsDoc from ViewsPath as LoadFiles does (only an existing ".xml"
-// file, the result not looked at) and remembers what was read.
-void LoadViewsFile(frmAcctViewEdit& ed, bool load_by_rule);
+// file, the result not looked at) and remembers what was read. `early`
+// (when given) is ViewsPath read and parsed already, its bytes kept.
+void LoadViewsFile(frmAcctViewEdit& ed, bool load_by_rule, opening::ParsedFile* early = nullptr);
 // Remembers the report pair of ViewsPath as it is on disk now.
 void RememberReport(frmAcctViewEdit& ed);
 // Finishes an interrupted report-file change in the reports folder (run when

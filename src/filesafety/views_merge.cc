@@ -66,7 +66,7 @@ void EditJournal::Deleted(const std::string& name) {
   puts_.erase(name);
 }
 
-bool MergeViews(const pugi::xml_document& base, pugi::xml_document& fresh,
+bool MergeViews(const pugi::xml_document* base, pugi::xml_document& fresh,
                 const pugi::xml_document& ours, const EditJournal& journal,
                 const std::function<Choice(const std::string& name)>& decide) {
   // Conflicts first, so that going back leaves everything untouched.
@@ -75,7 +75,7 @@ bool MergeViews(const pugi::xml_document& base, pugi::xml_document& fresh,
   auto check = [&](const std::string& shown_name, const std::string& origin) {
     if (asked.count(origin)) return true;
     asked.insert(origin);
-    if (RecordText(fresh, origin) == RecordText(base, origin)) return true;
+    if (base && RecordText(fresh, origin) == RecordText(*base, origin)) return true;
     const Choice choice = decide(shown_name);
     if (choice == Choice::kBack) return false;
     if (choice == Choice::kTheirs) theirs.insert(origin);

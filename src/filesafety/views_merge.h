@@ -44,10 +44,11 @@ class EditJournal {
 enum class Choice { kMine, kTheirs, kBack };
 
 // Applies the journal's changes from `ours` to `fresh` (the file as it is
-// now). `base` is the file as it was loaded. For each record changed both
-// here and on disk `decide` is asked with the profile's name; kBack stops
-// the merge and returns false, leaving `fresh` as it was.
-bool MergeViews(const pugi::xml_document& base, pugi::xml_document& fresh,
+// now). `base` is the file as it was loaded; none when that cannot be had,
+// and then every record changed here counts as changed on disk too. For each
+// record changed both here and on disk `decide` is asked with the profile's
+// name; kBack stops the merge and returns false, leaving `fresh` as it was.
+bool MergeViews(const pugi::xml_document* base, pugi::xml_document& fresh,
                 const pugi::xml_document& ours, const EditJournal& journal,
                 const std::function<Choice(const std::string& name)>& decide);
 

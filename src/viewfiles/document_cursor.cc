@@ -71,6 +71,13 @@ bool DocumentCursor::LoadText(const std::string& text, std::string* error) {
   return static_cast<bool>(result);
 }
 
+bool DocumentCursor::ParseInPlace(pugi::xml_document& doc, char* buffer, std::size_t size,
+                                  std::string* error) {
+  pugi::xml_parse_result result = doc.load_buffer_inplace_own(buffer, size, kParseFlags);
+  if (!result && error) *error = result.description();
+  return static_cast<bool>(result);
+}
+
 std::string DocumentCursor::ToString() const {
   std::ostringstream out;
   doc_.save(out, "  ", pugi::format_default, pugi::encoding_utf8);

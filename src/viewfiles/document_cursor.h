@@ -28,6 +28,10 @@ class DocumentCursor {
   bool Load(const std::string& path, std::string* error = nullptr);
   // Parses text, as Load does with a file's contents.
   bool LoadText(const std::string& text, std::string* error = nullptr);
+  // Parses `size` bytes in place into `doc` as Load parses a file, taking
+  // over `buffer` (from pugixml's allocation function) whatever the result.
+  static bool ParseInPlace(pugi::xml_document& doc, char* buffer, std::size_t size,
+                           std::string* error = nullptr);
   // Writes the document atomically: a temporary file in the same folder,
   // flushed and renamed over `path`; an existing file is kept as path + ".bak".
   // Throws cvve::Error on failure, leaving the old file whole.

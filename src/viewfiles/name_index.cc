@@ -50,44 +50,43 @@ bool NameIndex::AnyNameTaken(XmlNode element) const {
   return false;
 }
 
+void ProfileIndex::Start(const DocumentCursor& doc) {
+  doc_ = &doc;
+  generation_ = doc.Generation();
+  started_ = true;
+  names_.Clear();
+  section_ = doc.Root().child("Profiles");
+  next_ = section_.child("Profile");
+}
+
 XmlNode ProfileIndex::Find(const DocumentCursor& doc, std::string_view name) {
-  if (!built_ || doc_ != &doc || generation_ != doc.Generation()) {
-    if (doc_ != &doc || generation_ != doc.Generation()) {
-      doc_ = &doc;
-      generation_ = doc.Generation();
-      built_ = false;
-      walked_ = false;
-    }
-    // Opening a file looks up one record; the index pays from the second
-    // look-up in the same document on.
-    if (!walked_) {
-      walked_ = true;
-      for (XmlNode profiles = doc.Root().child("Profiles"); profiles;
-           profiles = profiles.next_sibling("Profiles")) {
-        for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) {
-          if (HasName(p, name)) return p;
-        }
+  if (!started_ || doc_ != &doc || generation_ != doc.Generation()) Start(doc);
+  // Every record before the walk's place is taken in, so a name found is the
+  // first of it; otherwise the first of it, if any, lies further on.
+  if (XmlNode known = names_.Find(name)) return known;
+  while (section_) {
+    for (; next_; next_ = next_.next_sibling("Profile")) {
+      const XmlNode record = next_;
+      names_.Add(record);
+      if (names_.Find(name) == record) {
+        next_ = next_.next_sibling("Profile");
+        return record;
       }
-      return {};
     }
-    names_.Clear();
-    for (XmlNode profiles = doc.Root().child("Profiles"); profiles;
-         profiles = profiles.next_sibling("Profiles")) {
-      for (XmlNode p = profiles.child("Profile"); p; p = p.next_sibling("Profile")) names_.Add(p);
-    }
-    built_ = true;
+    section_ = section_.next_sibling("Profiles");
+    next_ = section_.child("Profile");
   }
-  return names_.Find(name);
+  return {};
 }
 
 void ProfileIndex::Added(XmlNode record) {
-  if (!built_ || !record) return;
+  if (!started_ || !record) return;
   // With names of its own it is the first of them wherever it stands, as
   // long as it stands where records are looked for.
   const XmlNode profiles = record.parent();
-  if (names_.AnyNameTaken(record) || !Named(record, "Profile") || !Named(profiles, "Profiles") ||
-      profiles.parent() != doc_->Root()) {
-    built_ = false;
+  if (section_ || names_.AnyNameTaken(record) || !Named(record, "Profile") ||
+      !Named(profiles, "Profiles") || profiles.parent() != doc_->Root()) {
+    started_ = false;
     return;
   }
   names_.Add(record);

@@ -35,27 +35,33 @@ class NameIndex {
 };
 
 // The Profile records of one document (Profiles/Profile under the root).
-// Built on first use for each loaded document (a Load or Reset of the cursor
-// is seen by its generation); the commands that add, rename or remove
-// records tell the index, since those change the records without reloading.
+// Taken in as look-ups walk them, in document order, from where the last
+// walk stopped: opening a file looks up a record or two near its start and
+// pays for no more, and all look-ups together take each record in once. A
+// Load or Reset of the cursor is seen by its generation; the commands that
+// add, rename or remove records tell the index, since those change the
+// records without reloading.
 class ProfileIndex {
  public:
   // The first Profile in document order with a Name child whose text is
   // `name`; empty when none.
   XmlNode Find(const DocumentCursor& doc, std::string_view name);
-  // A record was added: taken in when its names are new, otherwise the
-  // index is built again on the next Find (the record may come first).
+  // A record was added: taken in when all records were and its names are
+  // new, otherwise the walk starts again on the next Find (the record may
+  // come first).
   void Added(XmlNode record);
-  // Records were renamed or removed: the index is built again on the next
-  // Find (it holds handles of removed records until then, never reading them).
-  void Changed() { built_ = false; }
+  // Records were renamed or removed: the walk starts again on the next Find
+  // (the index holds handles of removed records until then, never reading them).
+  void Changed() { started_ = false; }
 
  private:
+  void Start(const DocumentCursor& doc);
   NameIndex names_;
   const DocumentCursor* doc_ = nullptr;
   std::uint64_t generation_ = 0;
-  bool built_ = false;
-  bool walked_ = false;  // the document's first look-up walked the records instead
+  bool started_ = false;
+  XmlNode section_;  // the Profiles element the walk is in; empty once all are taken in
+  XmlNode next_;     // the record the walk takes in next
 };
 
 // The Column definitions of the setup file's data sets

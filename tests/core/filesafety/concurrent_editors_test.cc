@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 
 #include "filesafety/file_lock.h"
@@ -120,6 +121,48 @@ TEST(ConcurrentEditorsTest, TheSameProfileAsksAndEachAnswerDoesWhatItSays) {
                   "version, No keeps the other user's version, Cancel returns to the editor."));
     EXPECT_EQ(Element(a, "Past Due", "DoTotals"), c.ours ? "1" : "0");
     EXPECT_EQ(Element(a, "Past Due", "DoLineCount"), c.linecount);
+  }
+}
+
+// Another program rewrote the file in place (not replacing it, as editors
+// here do): the file as it was loaded cannot be had any more, so every
+// profile changed here is asked about, even one the other program left alone,
+// and the answer decides; the other program's changes elsewhere survive.
+TEST(ConcurrentEditorsTest, AFileRewrittenInPlaceAsksForEveryProfileChangedHere) {
+  struct Case {
+    ui::Answer answer;
+    const char* totals;  // ours customised "All Accounts" with DoTotals 1
+    bool closed;
+  };
+  for (const Case& c : {Case{ui::Answer::kYes, "1", true}, Case{ui::Answer::kNo, "<none>", true},
+                        Case{ui::Answer::kCancel, "<none>", false}}) {
+    SCOPED_TRACE(ui::ToString(c.answer));
+    HeadlessEditor a;
+    a.Open(kViews, kDefaults, kSetup);
+    a->Show();
+    // The other program: Past Due's line count, written through the same inode.
+    {
+      DocumentCursor theirs;
+      ASSERT_TRUE(theirs.Load((a.dir.Path() / "views.xml").string()));
+      XmlNode record = FindProfileElement(theirs, "Past Due");
+      ASSERT_TRUE(record);
+      theirs.SetCurrentNode(record);
+      theirs.SetValue("DoLineCount", "1");
+      std::ofstream((a.dir.Path() / "views.xml"), std::ios::binary | std::ios::trunc)
+          << theirs.ToString();
+    }
+    Select(a, "All Accounts");
+    a->chkTotals.SetValue(1);
+    ASSERT_TRUE(SaveProfile(*a));
+    const std::size_t shown = a.prompter.Shown().size();
+    a.prompter.QueueAnswer(c.answer);
+    a->cmdOK.Click();
+    EXPECT_EQ(a->Visible(), !c.closed);
+    ASSERT_EQ(a.prompter.Shown().size(), shown + 1) << ShownPrompts(a);
+    EXPECT_NE(a.prompter.Shown().back().text.find("The profile 'All Accounts' was also changed"),
+              std::string::npos);
+    EXPECT_EQ(Element(a, "All Accounts", "DoTotals"), c.totals);
+    EXPECT_EQ(Element(a, "Past Due", "DoLineCount"), "1");
   }
 }
 

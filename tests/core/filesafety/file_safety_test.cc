@@ -8,6 +8,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <optional>
 
 #include "base/error.h"
 #include "filesafety/atomic_file.h"
@@ -164,6 +166,93 @@ TEST(FileIdentityTest, ReadsEveryByteOfFilesOfAnySize) {
   const filesafety::FileIdentity folder = filesafety::ReadIdentity(dir.Path().string());
   EXPECT_TRUE(folder.exists);
   EXPECT_FALSE(folder.readable);
+}
+
+// Writes `text` over the file through its own inode, as an editor that does
+// not replace files does.
+void RewriteInPlace(const std::string& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << text;
+}
+
+// The bytes of a file as read come back later from its descriptor, whatever
+// replaced or removed the file meanwhile; a rewrite of the same file in place
+// is told, as those bytes are gone.
+TEST(LoadedBytesTest, TheBytesAsReadComeBackUntilTheFileItselfIsRewritten) {
+  const std::string original = "<Views><Profiles><Profile><Name>A</Name></Profile></Profiles></Views>";
+  std::string same_size = original;
+  same_size[same_size.find('A')] = 'B';
+  struct Case {
+    const char* what;
+    std::function<void(const std::string& path)> meanwhile;
+    bool same_bytes;
+  };
+  const std::vector<Case> cases = {
+      {"nothing", [](const std::string&) {}, true},
+      {"replaced by a new file", [](const std::string& p) { filesafety::ReplaceFile(p, "<V/>"); },
+       true},
+      {"removed", [](const std::string& p) { fs::remove(p); }, true},
+      {"renamed away and another put there",
+       [](const std::string& p) {
+         fs::rename(p, p + ".old");
+         std::ofstream(p) << "<Other/>";
+       },
+       true},
+      {"the same bytes written in place",
+       [&](const std::string& p) { RewriteInPlace(p, original); }, true},
+      {"other bytes of the same size in place",
+       [&](const std::string& p) { RewriteInPlace(p, same_size); }, false},
+      {"longer in place", [&](const std::string& p) { RewriteInPlace(p, original + " "); }, false},
+      {"truncated in place", [](const std::string& p) { RewriteInPlace(p, ""); }, false},
+      {"appended to",
+       [](const std::string& p) { std::ofstream(p, std::ios::app) << "<!-- more -->"; }, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    TempDir dir;
+    const std::string path = dir.Write("views.xml", original);
+    filesafety::FileRead read = filesafety::ReadForParse(path, true);
+    ASSERT_TRUE(read.identity.readable);
+    EXPECT_EQ(read.identity, filesafety::ReadIdentity(path));
+    EXPECT_EQ(std::string(read.buffer, read.size), original);
+    ASSERT_TRUE(read.bytes);
+    c.meanwhile(path);
+    const std::optional<std::string> again = read.bytes->Read();
+    if (c.same_bytes) {
+      EXPECT_EQ(again, original);
+    } else {
+      EXPECT_EQ(again, std::nullopt);
+    }
+  }
+}
+
+// Without asking for them the bytes are not kept; a file that is not there
+// or cannot be read gives no buffer and no bytes, and an empty one an empty
+// buffer; a buffer handed over is no longer freed here.
+TEST(LoadedBytesTest, OnlyReadableFilesGiveBuffersAndOnlyWhenAskedBytes) {
+  TempDir dir;
+  const std::string path = dir.Write("views.xml", "<Views/>");
+  const std::string empty = dir.Write("empty.xml", "");
+  EXPECT_FALSE(filesafety::ReadForParse(path, false).bytes);
+  for (const std::string& unreadable : {(dir.Path() / "none.xml").string(), dir.Path().string()}) {
+    filesafety::FileRead read = filesafety::ReadForParse(unreadable, true);
+    EXPECT_FALSE(read.identity.readable) << unreadable;
+    EXPECT_EQ(read.buffer, nullptr);
+    EXPECT_FALSE(read.bytes);
+  }
+  filesafety::FileRead nothing = filesafety::ReadForParse(empty, true);
+  EXPECT_TRUE(nothing.identity.readable);
+  EXPECT_EQ(nothing.size, 0u);
+  EXPECT_EQ(nothing.bytes->Read(), std::string());
+
+  filesafety::FileRead read = filesafety::ReadForParse(path, false);
+  pugi::xml_document doc;
+  const std::size_t size = read.size;
+  ASSERT_TRUE(DocumentCursor::ParseInPlace(doc, read.Release(), size));
+  EXPECT_EQ(read.buffer, nullptr);
+  EXPECT_STREQ(doc.document_element().name(), "Views");
+  filesafety::FileRead moved = std::move(read);  // nothing left to free twice
+  EXPECT_EQ(moved.buffer, nullptr);
 }
 
 // A report change is interrupted after its intent file is in place: the

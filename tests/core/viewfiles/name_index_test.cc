@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "fixtures.h"
 #include "profiles/profile_commands.h"
 #include "viewfiles/profile_record.h"
@@ -64,6 +66,55 @@ TEST(ProfileIndexTest, FindsTheFirstRecordTheExpressionSelects) {
   ExpectAgrees(index, other, {"Alias", "Deep"});
   doc.Reset();
   EXPECT_FALSE(index.Find(doc, "Alias"));
+}
+
+// Look-ups take records in only as far as they walk: whatever the order of
+// the names asked for (before the walk's place, beyond it, absent, in a
+// later Profiles element, twice), and with records added or changed while
+// the walk is half way, each answer is the expression's.
+TEST(ProfileIndexTest, AnyOrderOfLookUpsAgreesWithTheExpression) {
+  const std::string text =
+      "<Views><Profiles><Profile><Name>A</Name></Profile><Profile><Name>B</Name>"
+      "<Name>C</Name></Profile><Profile><Name>C</Name></Profile><Profile><Name>D</Name>"
+      "</Profile></Profiles><Profiles><Profile><Name>B</Name></Profile><Profile>"
+      "<Name>E</Name></Profile></Profiles></Views>";
+  std::vector<std::string> names = {"A", "B", "C", "D", "E", "none"};
+  std::sort(names.begin(), names.end());
+  int orders = 0;
+  do {
+    SCOPED_TRACE(::testing::PrintToString(names));
+    DocumentCursor doc;
+    ASSERT_TRUE(doc.LoadText(text));
+    ProfileIndex index;
+    for (const std::string& name : names) {
+      EXPECT_EQ(index.Find(doc, name), ByExpression(doc, name)) << name;
+      EXPECT_EQ(index.Find(doc, name), ByExpression(doc, name)) << name << " again";
+    }
+    ++orders;
+  } while (std::next_permutation(names.begin(), names.end()));
+  EXPECT_EQ(orders, 720);
+
+  // Half way through the walk (at "B"), a record is put first, or one is
+  // renamed: the walk starts again.
+  for (const bool added : {true, false}) {
+    SCOPED_TRACE(added ? "added" : "renamed");
+    DocumentCursor doc;
+    ASSERT_TRUE(doc.LoadText(text));
+    ProfileIndex index;
+    ASSERT_EQ(index.Find(doc, "B"), ByExpression(doc, "B"));
+    XmlNode first = doc.Root().child("Profiles");
+    if (added) {
+      XmlNode r = first.prepend_child("Profile");
+      SetNodeText(r.append_child("Name"), "D");
+      index.Added(r);
+    } else {
+      SetNodeText(first.child("Profile").child("Name"), "E");
+      index.Changed();
+    }
+    for (const char* name : {"A", "B", "D", "E"}) {
+      EXPECT_EQ(index.Find(doc, name), ByExpression(doc, name)) << name;
+    }
+  }
 }
 
 // Records added, renamed and removed behind the index's back, each followed
