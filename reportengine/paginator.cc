@@ -197,8 +197,14 @@ class Paginator {
   // Hands the page on, its closing texts as known now.
   void Emit() {
     page_.closing = ClosingTexts(pages_ - 1);
+    // The next page is most likely as full: its room is taken at once rather
+    // than grown a text at a time.
+    const std::size_t texts = page_.texts.size();
+    const std::size_t lines = page_.lines.size();
     emit_(std::move(page_));
     page_ = PageDescription();
+    page_.texts.reserve(texts);
+    page_.lines.reserve(lines);
   }
 
   void Text(double x, double baseline, FontRole font, QString text) {

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "base/text.h"
+#include "reportengine/cell_cache.h"
 #include "reportengine/guard/limits.h"
 #include "reportengine/language/report_expression.h"
 #include "reportengine/value_format.h"
@@ -138,6 +139,11 @@ class Runner {
     if (!lazy) sink_->BeginGroup(group);
     std::vector<QString> cells(width);
     const bool native = query.Native();
+    // Kept across a grouped report's statements: their values repeat too.
+    if (native && cache_.empty()) {
+      cache_.reserve(width);
+      for (const ColumnPlan& plan : plans_) cache_.emplace_back(plan.kind);
+    }
     const long long row_limit = db_->Limits().row_limit;
     long long line = 0;
     while (Next(query, element, statement)) {
@@ -159,7 +165,7 @@ class Runner {
         if (native) {
           // Read in place: most of a long report's cells never become a QVariant.
           const SqlValue value = query.Raw(plan.source);
-          cells[c] = FormatCell(value, plan.kind);
+          cells[c] = cache_[c].Format(value);
           if (plan.numeric) number = NumericValue(value);
         } else {
           const QVariant value = query.Value(plan.source);
@@ -237,6 +243,7 @@ class Runner {
   const RunSettings& settings_;
   std::map<std::string, std::string> values_;
   std::vector<ColumnPlan> plans_;
+  std::vector<CellCache> cache_;  // by column, for rows read in place
   int sql_columns_ = 0;
   std::set<std::string> warned_;
   ReportData data_;  // the header and the totals; the rows go to the sink

@@ -37,7 +37,56 @@ std::string Deflate(std::string_view data, int level) {
   return out;
 }
 
+namespace {
+
+// Values below this, times 100, are within 1.1e-7 of their exact product,
+// so a fraction that is not within 1e-6 of one half rounds as the exact
+// value does.
+constexpr double kQuickLimit = 1e7;
+constexpr double kTieMargin = 1e-6;
+
+// Two decimals through integers: a page's coordinates and sizes take most of
+// a content stream's numbers, and the general conversion was the costliest
+// step per text line. False (nothing written) where only the general
+// conversion rounds exactly as it does: near a tie, or for a large value.
+bool AppendTwoDecimals(std::string& out, double value) {
+  if (!(std::fabs(value) < kQuickLimit)) return false;  // NaN too
+  const double scaled = value * 100.0;
+  const auto whole = static_cast<long long>(scaled);  // toward zero, exact
+  const double fraction = scaled - static_cast<double>(whole);
+  const double distance = std::fabs(fraction);
+  if (std::fabs(distance - 0.5) <= kTieMargin) return false;
+  long long hundredths = whole;
+  if (distance > 0.5) hundredths += fraction > 0 ? 1 : -1;
+  if (hundredths == 0) {
+    out += '0';
+    return true;
+  }
+  char text[24];
+  char* end = text + sizeof text;
+  char* at = end;
+  unsigned long long rest = hundredths < 0 ? 0ULL - static_cast<unsigned long long>(hundredths)
+                                           : static_cast<unsigned long long>(hundredths);
+  const unsigned cents = static_cast<unsigned>(rest % 100);
+  rest /= 100;
+  if (cents != 0) {
+    if (cents % 10 != 0) *--at = static_cast<char>('0' + cents % 10);
+    *--at = static_cast<char>('0' + cents / 10);
+    *--at = '.';
+  }
+  do {
+    *--at = static_cast<char>('0' + rest % 10);
+    rest /= 10;
+  } while (rest > 0);
+  if (hundredths < 0) *--at = '-';
+  out.append(at, end);
+  return true;
+}
+
+}  // namespace
+
 void AppendNumber(std::string& out, double value, int decimals) {
+  if (decimals == 2 && AppendTwoDecimals(out, value)) return;
   char buffer[32];
   auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value,
                                     std::chars_format::fixed, decimals);

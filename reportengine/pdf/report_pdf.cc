@@ -29,8 +29,25 @@ constexpr int kPageCompression = 1;
 // Pages generated before their compression is handed to other threads.
 constexpr std::size_t kBatch = 16;
 
+// std::lround, without the call into the maths library that cost as much
+// as the rest of a cell's move.
+long RoundHalfAway(double value) {
+  if (!(std::fabs(value) < 1e15)) return std::lround(value);
+  auto whole = static_cast<long>(value);  // toward zero, exact
+  const double fraction = value - static_cast<double>(whole);
+  if (fraction >= 0.5) ++whole;
+  if (fraction <= -0.5) --whole;
+  return whole;
+}
+
 // As AppendNumber writes it.
-double Rounded(double value) { return std::round(value * 100) / 100; }
+double Rounded(double value) {
+  if (!(std::fabs(value * 100) < 1e15)) return std::round(value * 100) / 100;
+  const long hundredths = RoundHalfAway(value * 100);
+  // std::round keeps the sign of a zero.
+  if (hundredths == 0) return std::copysign(0.0, value) / 100;
+  return static_cast<double>(hundredths) / 100;
+}
 
 // The layout's fonts as PDF resources: one embedded font for each distinct
 // face, drawn at each role's size.
@@ -166,12 +183,23 @@ class PageContent {
       Number(size_);
       out += "Tf\n";
     }
+    // The move to the cell (when it continues the open array), then its
+    // string: one or two bytes a glyph (never escaped), filled on the stack
+    // and appended once.
+    const qsizetype length = text.text.size();
+    char stack[256];
+    std::unique_ptr<char[]> heap;
+    char* bytes = stack;
+    constexpr qsizetype kMoveRoom = 24;
+    if (length * 2 + 2 + kMoveRoom > static_cast<qsizetype>(sizeof stack)) {
+      heap = std::make_unique<char[]>(static_cast<std::size_t>(length * 2 + 2 + kMoveRoom));
+      bytes = heap.get();
+    }
+    char* end = bytes;
     if (open_ && y == baseline_ && x >= pen_x_) {
-      const long move = std::lround((pen_x_ - x) * 1000 / size_);
+      const long move = RoundHalfAway((pen_x_ - x) * 1000 / size_);
       if (move != 0) {
-        char digits[24];
-        const auto written = std::to_chars(digits, digits + sizeof digits, move);
-        out.append(digits, written.ptr);
+        end = std::to_chars(end, end + kMoveRoom, move).ptr;
         pen_x_ -= static_cast<double>(move) * size_ / 1000;
       }
     } else {
@@ -188,32 +216,23 @@ class PageContent {
       line_y_ += dy;
       baseline_ = y;
     }
-    // One or two bytes a glyph (never escaped): filled on the stack and
-    // appended once.
-    const qsizetype length = text.text.size();
-    char stack[256];
-    std::unique_ptr<char[]> heap;
-    char* bytes = stack;
-    if (length * 2 + 2 > static_cast<qsizetype>(sizeof stack)) {
-      heap = std::make_unique<char[]>(static_cast<std::size_t>(length * 2 + 2));
-      bytes = heap.get();
-    }
-    char* end = bytes;
     *end++ = '(';
     int advance = 0;
-    std::array<Code, 256>& latin = latin_[static_cast<std::size_t>(text.font)];
-    for (const QChar c : text.text) {
-      const char16_t unicode = c.unicode();
-      Code code;
-      if (unicode < 256 && latin[unicode].size > 0) {
-        code = latin[unicode];
-      } else {
+    std::array<std::uint64_t, 256>& latin = latin_[static_cast<std::size_t>(text.font)];
+    const char16_t* character = reinterpret_cast<const char16_t*>(text.text.constData());
+    const char16_t* last = character + length;
+    for (; character != last; ++character) {
+      const char16_t unicode = *character;
+      std::uint64_t code = unicode < 256 ? latin[unicode] : 0;
+      if (code == 0) {
         if (!Encode(text.font, unicode, code)) return false;
         if (unicode < 256) latin[unicode] = code;
       }
-      std::memcpy(end, code.bytes, 2);
-      end += code.size;
-      advance += code.advance;
+      // Bytes, their count and the advance, unpacked from one word.
+      const auto pair = static_cast<std::uint16_t>(code);
+      std::memcpy(end, &pair, 2);
+      end += (code >> 16) & 0xFF;
+      advance += static_cast<std::int32_t>(code >> 32);
     }
     *end++ = ')';
     out.append(bytes, static_cast<std::size_t>(end - bytes));
@@ -221,31 +240,32 @@ class PageContent {
     return true;
   }
 
-  // A character's bytes in a content string and its advance.
-  struct Code {
-    char bytes[2] = {};
-    std::uint8_t size = 0;  // 0: not known yet
-    int advance = 0;        // thousandths of the font size
-  };
+  // A character's code in a content string, packed in one word so that the
+  // loop over a cell's characters reads one value each: the bytes as they
+  // are stored (bits 0-15), their count (16-23), the advance in thousandths
+  // of the font size (32-63). 0: not known yet.
+  static std::uint64_t Packed(const EmbeddedFont::Code& code, int advance) {
+    std::uint16_t pair = 0;
+    std::memcpy(&pair, code.bytes, 2);
+    return pair | (std::uint64_t{code.size} << 16) |
+           (std::uint64_t{static_cast<std::uint32_t>(advance)} << 32);
+  }
 
   // The glyph's code in its font (recorded as used there) and its advance.
-  bool Encode(FontRole role, char16_t unicode, Code& code) {
+  bool Encode(FontRole role, char16_t unicode, std::uint64_t& code) {
     const quint32 glyph = shapers_.Of(role).GlyphIndex(unicode);
     if (glyph == 0 || glyph > 0xFFFF) return false;
     EmbeddedFont& font = fonts_.Font(fonts_.Of(role).resource);
     const std::optional<EmbeddedFont::Code> coded = font.CodeOf(static_cast<std::uint16_t>(glyph));
     if (!coded) return false;
-    code.advance = font.Use(static_cast<std::uint16_t>(glyph), unicode);
-    code.bytes[0] = coded->bytes[0];
-    code.bytes[1] = coded->bytes[1];
-    code.size = coded->size;
+    code = Packed(*coded, font.Use(static_cast<std::uint16_t>(glyph), unicode));
     return true;
   }
 
   FontTable& fonts_;
   const LayoutFonts& shapers_;
   // The Latin-1 characters' codes by font role, filled as they are first met.
-  std::array<std::array<Code, 256>, kFontRoles> latin_{};
+  std::array<std::array<std::uint64_t, 256>, kFontRoles> latin_{};
   double height_;  // points
   std::string* out_ = nullptr;
   int font_ = -1;

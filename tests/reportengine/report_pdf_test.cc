@@ -6,6 +6,11 @@
 
 #include <QBuffer>
 #include <QFile>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iomanip>
+#include <limits>
 #include <map>
 #include <regex>
 #include <set>
@@ -79,6 +84,65 @@ TEST(PdfObjectsTest, NumbersStringsAndTheCrossReference) {
         << "object " << number;
   }
   EXPECT_NE(file.find("<< /Length1 5 /Length 5 >>\nstream\nhello\nendstream"), std::string::npos);
+}
+
+// The general conversion, as numbers were written before the quick way:
+// two decimals rounded from the exact binary value, trailing zeros dropped,
+// a negative zero written as 0.
+std::string GeneralNumber(double value) {
+  char buffer[64];
+  auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value,
+                                    std::chars_format::fixed, 2);
+  if (error != std::errc()) return "0";
+  if (std::find(buffer, end, '.') != end) {
+    while (end[-1] == '0') --end;
+    if (end[-1] == '.') --end;
+  }
+  std::string text(buffer, end);
+  return text == "-0" ? "0" : text;
+}
+
+// Page coordinates are written through integers; every value must come out
+// as the general conversion writes it, ties and near-ties included, on both
+// sides of the limit where the quick way gives up.
+TEST(PdfObjectsTest, NumbersAreWrittenAsTheGeneralConversionWritesThem) {
+  const double cases[] = {
+      0, -0.0, 0.004, -0.004, 0.005, -0.005, 0.015, 0.125, -0.125, 0.375, 2.675, 1.005,
+      0.994999999, 0.995, 9.995, 19.99, 791.99, 548.97, -9.31, -9.315, 612, 1e-9, -1e-9,
+      123456.785, 9999999.99, 9999999.995, 1e7 - 0.001, 1e7, 1e7 + 0.005, -1e7, 12345678.9,
+      1e15, -2.5e18, 1e300, std::nextafter(0.125, 1.0), std::nextafter(0.125, 0.0),
+      std::nextafter(2.675, 3.0), std::numeric_limits<double>::denorm_min(),
+      std::numeric_limits<double>::max()};
+  for (const double value : cases) {
+    EXPECT_EQ(Number(value), GeneralNumber(value)) << std::setprecision(17) << value;
+  }
+  // Layout positions are float twips over 20: every such value of a Ledger
+  // page, and every hundredth and its neighbours below 1,000.
+  int differences = 0;
+  for (int twips = -2000; twips <= 30000 && differences < 5; ++twips) {
+    for (const float fraction : {0.0f, 0.25f, 0.5f, 0.1f, 0.3f, 0.7f}) {
+      const double value = static_cast<double>(static_cast<float>(twips) + fraction) / 20;
+      if (Number(value) != GeneralNumber(value)) {
+        ADD_FAILURE() << std::setprecision(17) << value;
+        ++differences;
+      }
+    }
+  }
+  for (int hundredths = -100000; hundredths <= 100000 && differences < 5; ++hundredths) {
+    for (const double half : {0.0, 0.5, 0.49999999, 0.50000001}) {
+      const double value = (hundredths + half) / 100;
+      for (const double near : {value, std::nextafter(value, 1e9), std::nextafter(value, -1e9)}) {
+        if (Number(near) != GeneralNumber(near)) {
+          ADD_FAILURE() << std::setprecision(17) << near;
+          ++differences;
+        }
+      }
+    }
+  }
+  // Other precisions keep the general conversion.
+  std::string three;
+  pdf::AppendNumber(three, 1.23456, 3);
+  EXPECT_EQ(three, "1.235");
 }
 
 struct Word {
