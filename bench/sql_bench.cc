@@ -21,8 +21,8 @@
 #include <vector>
 
 #include "bench_support.h"
-#include "profiles/profile_loader.h"
 #include "query/sql_builder.h"
+#include "query/statement_batch.h"
 
 namespace cvve::bench {
 namespace {
@@ -49,12 +49,12 @@ double AllStatementsSeconds(const FileSet& set, std::size_t& bytes) {
   ed.SetReportMode(0);
   ed.LoadFiles(set.views, set.defaults, set.setup);
   bytes = 0;
+  StatementBatch batch(ed);
   for (const std::string& name : ProfileNames(ed)) {
     h.prompter.ClearShown();
     ed.ProfileChanged = false;
-    LoadProfile(ed, name);
     // As the command builds them: a failure is part of the output.
-    const ProfileStatements built = BuildProfileStatements(ed);
+    const ProfileStatements built = batch.Next(name).statements;
     for (const BuiltStatement* s :
          {&built.field_list, &built.where_list, &built.view_sql, &built.report_sql}) {
       bytes += s->text.size();

@@ -16,8 +16,8 @@
 #include "file_sets.h"
 #include "component/editor_environment.h"
 #include "component/frm_acct_view_edit.h"
-#include "profiles/profile_loader.h"
 #include "query/sql_builder.h"
+#include "query/statement_batch.h"
 #include "ui/headless_dialog_host.h"
 #include "ui/headless_prompter.h"
 #include "viewfiles/document_cursor.h"
@@ -42,8 +42,8 @@ json Messages(const cvve::ui::HeadlessPrompter& prompter) {
 }
 
 // A statement's text, or {"error": description} when its builder failed.
-json Statement(const cvve::BuiltStatement& built) {
-  return built.failed ? json{{"error", built.text}} : json(built.text);
+json Statement(cvve::BuiltStatement&& built) {
+  return built.failed ? json{{"error", std::move(built.text)}} : json(std::move(built.text));
 }
 
 json DescribeFileSet(const FileSet& set, const HostOptions& options,
@@ -66,16 +66,17 @@ json DescribeFileSet(const FileSet& set, const HostOptions& options,
                                "'");
     }
   }
+  cvve::StatementBatch batch(*ed);
   for (const auto& [name, kind] : profiles) {
     prompter.ClearShown();
     ed->ProfileChanged = false;
-    cvve::LoadProfile(*ed, name);
-    json profile{{"name", name}, {"kind", kind}, {"dataset", ed->cmbDataSet.Text()}};
-    const cvve::ProfileStatements built = cvve::BuildProfileStatements(*ed);
-    profile["fieldList"] = Statement(built.field_list);
-    profile["whereList"] = Statement(built.where_list);
-    profile["viewSQL"] = Statement(built.view_sql);
-    profile["reportSQL"] = Statement(built.report_sql);
+    cvve::StatementBatch::Result next = batch.Next(name);
+    json profile{{"name", name}, {"kind", kind}, {"dataset", std::move(next.data_set)}};
+    cvve::ProfileStatements& built = next.statements;
+    profile["fieldList"] = Statement(std::move(built.field_list));
+    profile["whereList"] = Statement(std::move(built.where_list));
+    profile["viewSQL"] = Statement(std::move(built.view_sql));
+    profile["reportSQL"] = Statement(std::move(built.report_sql));
     profile["messages"] = Messages(prompter);
     result["profiles"].push_back(std::move(profile));
   }

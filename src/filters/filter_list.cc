@@ -4,7 +4,6 @@
 #include <limits>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "base/error.h"
@@ -51,26 +50,56 @@ std::int16_t ToInt16(std::string_view text) {
 // built once so a list of hundreds of filters does not run hundreds of queries.
 class SavedFilters {
  public:
-  explicit SavedFilters(XmlNode profile) {
-    for (XmlNode checks = profile.child("FilterChecks"); checks;
+  explicit SavedFilters(XmlNode profile) : SavedFilters(kFrom, profile.child("FilterChecks")) {}
+  // From the record's first FilterChecks element on: a node of another kind
+  // with that name before it holds no entries.
+  struct FromChecks {};
+  static constexpr FromChecks kFrom{};
+  SavedFilters(FromChecks, XmlNode first_checks) {
+    std::size_t position = 0;
+    by_index_.reserve(kLinear / 2);
+    for (XmlNode checks = first_checks; checks;
          checks = checks.next_sibling("FilterChecks")) {
       for (XmlNode entry = checks.child("Filter"); entry; entry = entry.next_sibling("Filter")) {
         for (XmlNode index = entry.child("Index"); index; index = index.next_sibling("Index")) {
-          by_index_.emplace(NodeText(index), entry);  // the first one stays
+          by_index_.push_back({NodeText(index), position++, entry});
         }
       }
+    }
+    // By key, and within a key in document order, so that the first is found.
+    sorted_ = by_index_.size() > kLinear;
+    if (sorted_) {
+      std::sort(by_index_.begin(), by_index_.end(), [](const Saved& a, const Saved& b) {
+        return a.key != b.key ? a.key < b.key : a.position < b.position;
+      });
     }
   }
   // None for a key with an apostrophe: pasted into the expression it makes
   // the expression invalid, which finds nothing.
   XmlNode Find(const std::string& key) const {
-    if (key.find('\'') != std::string::npos) return {};
-    auto it = by_index_.find(key);
-    return it == by_index_.end() ? XmlNode() : it->second;
+    if (by_index_.empty() || key.find('\'') != std::string::npos) return {};
+    if (!sorted_) {
+      for (const Saved& saved : by_index_) {
+        if (saved.key == key) return saved.entry;
+      }
+      return {};
+    }
+    const auto it = std::lower_bound(by_index_.begin(), by_index_.end(), key,
+                                     [](const Saved& a, const std::string& k) { return a.key < k; });
+    return it != by_index_.end() && it->key == key ? it->entry : XmlNode();
   }
 
  private:
-  std::unordered_map<std::string, XmlNode> by_index_;
+  // A profile saves a handful of entries, read in document order, or one for
+  // each of hundreds of rows, sorted; neither allocates a node per entry.
+  static constexpr std::size_t kLinear = 16;
+  struct Saved {
+    std::string key;
+    std::size_t position;
+    XmlNode entry;
+  };
+  std::vector<Saved> by_index_;
+  bool sorted_ = false;
 };
 
 // Looks up a row's saved entry; the views cursor is left on it (none: on the
@@ -89,17 +118,27 @@ XmlNode SavedEntry(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profi
   return entry;
 }
 
-// A row's saved entry, found as SavedEntry finds it, and the check it
-// stores ("True" or "False"; anything else leaves the check alone).
+// The check a saved entry stores: "True" or "False"; anything else leaves
+// the row's check alone.
+std::optional<bool> SavedCheck(XmlNode entry) {
+  const std::string value = ChildText(entry, "Value");
+  if (value == "False") return false;
+  if (value == "True") return true;
+  return std::nullopt;
+}
+
+// The saved entry's element for a filter list column: Data1 and Data2 only.
+const char* SavedDataElement(const std::string& column_key) {
+  return column_key == "Data1" ? "Data1" : column_key == "Data2" ? "Data2" : nullptr;
+}
+
+// A row's saved entry, found as SavedEntry finds it, and the check it stores.
 XmlNode ApplySavedCheck(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile, int row) {
   ui::ListView& list = ed.lstFilters;
   XmlNode entry;
   ResumeNext([&] { entry = SavedEntry(ed, saved, profile, list.Item(row).key); });
-  const std::string value = ChildText(entry, "Value");
-  if (value == "False") {
-    ResumeNext([&] { list.SetChecked(row, false); });
-  } else if (value == "True") {
-    ResumeNext([&] { list.SetChecked(row, true); });
+  if (const std::optional<bool> check = SavedCheck(entry)) {
+    ResumeNext([&] { list.SetChecked(row, *check); });
   }
   return entry;
 }
@@ -157,8 +196,7 @@ void ApplyEntry(frmAcctViewEdit& ed, const SavedFilters& saved, XmlNode profile,
   const XmlNode entry = ApplySavedCheck(ed, saved, profile, row);
   if (!entry) return;
   for (int column = 1; column <= list.ColumnCount(); ++column) {
-    const std::string& key = list.Column(column).key;
-    const char* element = key == "Data1" ? "Data1" : key == "Data2" ? "Data2" : nullptr;
+    const char* element = SavedDataElement(list.Column(column).key);
     if (!element) continue;
     std::string saved_value = ChildText(entry, element);
     if (saved_value.empty()) continue;
@@ -291,10 +329,46 @@ void LoadFilters(frmAcctViewEdit& ed) {
   ResumeNext([&] { list.SetVisible(true); });
 }
 
-bool FilterFillIsQuiet(frmAcctViewEdit& ed) {
-  const FilterRowTemplates::Template* t =
-      ed.FilterTemplates().Find(ed.SetupDoc, ed.cmbDataSet.Text());
+bool FilterFillIsQuiet(frmAcctViewEdit& ed) { return FilterFillIsQuiet(ed, ed.cmbDataSet.Text()); }
+
+bool FilterFillIsQuiet(frmAcctViewEdit& ed, const std::string& data_set) {
+  const FilterRowTemplates::Template* t = ed.FilterTemplates().Find(ed.SetupDoc, data_set);
   return t && !ShowsMissingFilters(ed, *t);
+}
+
+void CheckedFilterRows(const FilterRowTemplates::Template& t,
+                       const std::vector<ui::ListColumn>& columns, XmlNode checks,
+                       std::vector<ui::ListItem>& out) {
+  const SavedFilters saved(SavedFilters::kFrom, checks);
+  // The list gives every row a sub-item per further column.
+  const std::size_t sub_items = columns.empty() ? 0 : columns.size() - 1;
+  std::size_t count = 0;
+  for (const ui::ListItem& row : t.rows) {
+    const XmlNode entry = saved.Find(row.key);
+    if (!(entry ? SavedCheck(entry).value_or(row.checked) : row.checked)) continue;
+    if (out.size() == count) out.emplace_back();
+    ui::ListItem& item = out[count++];
+    item.text = row.text;
+    item.key = row.key;
+    item.tag = row.tag;
+    item.checked = true;
+    item.sub_items = row.sub_items;
+    item.sub_items.resize(sub_items);
+    if (!entry) continue;
+    for (std::size_t column = 1; column <= columns.size(); ++column) {
+      const char* element = SavedDataElement(columns[column - 1].key);
+      if (!element) continue;
+      std::string value = ChildText(entry, element);
+      if (value.empty()) continue;
+      // What SetSubItem takes; a sub-item past the row's is skipped as it fails there.
+      if (column == 1) {
+        item.text = std::move(value);
+      } else if (column - 1 <= item.sub_items.size()) {
+        item.sub_items[column - 2] = std::move(value);
+      }
+    }
+  }
+  out.resize(count);
 }
 
 void ApplyFilterChecks(frmAcctViewEdit& ed) {

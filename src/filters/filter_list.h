@@ -55,6 +55,16 @@ void LoadFilters(frmAcctViewEdit& ed);
 // Whether LoadFilters for the data set in cmbDataSet would only copy a kept
 // template: nothing read from the files, no message shown.
 bool FilterFillIsQuiet(frmAcctViewEdit& ed);
+// The same for the data set called `data_set`.
+bool FilterFillIsQuiet(frmAcctViewEdit& ed, const std::string& data_set);
+// The rows LoadFilters leaves checked when it fills the list from the kept
+// template `t` for a profile record whose first FilterChecks element is
+// `checks` (empty when it has none), in list order, with the Data values it
+// gives them; the rows it leaves unchecked are left out. `out` is reused, so
+// that its texts' storage serves again.
+void CheckedFilterRows(const FilterRowTemplates::Template& t,
+                       const std::vector<ui::ListColumn>& columns, XmlNode checks,
+                       std::vector<ui::ListItem>& out);
 // Re-applies the current profile's FilterChecks (checks and Data values) to
 // the rows already there. Does nothing without a current profile record. A
 // row with neither a saved value nor a default keeps what it showed.

@@ -26,14 +26,12 @@ void ShowLoadError(frmAcctViewEdit& ed, const std::exception& e) {
   ResumeNext([&] { ed.ShowError("There was an error loading this profile:", e); });
 }
 
-void ListUsedColumns(frmAcctViewEdit& ed, DocumentCursor& custom) {
+void ListUsedColumns(frmAcctViewEdit& ed, XmlNode record) {
   ed.lstAvailColumns.SetVisible(false);
   ed.lstUsedColumns.SetVisible(false);
-  custom.GoToChild("Columns");
-  for (XmlNode column = custom.GoToChild("Column"); column; column = NextSibling(column)) {
-    XmlNode name = column.child("Name");
-    if (!name) continue;
-    const std::string text = NodeText(name);
+  std::vector<std::string> names;
+  UsedColumnNames(FirstChildElement(record, "Columns"), names);
+  for (const std::string& text : names) {
     ed.lstUsedColumns.AddItem(text);
     std::vector<int> offered = ed.lstAvailColumns.FindAll(text);
     for (auto it = offered.rbegin(); it != offered.rend(); ++it) ed.lstAvailColumns.RemoveItem(*it);
@@ -190,17 +188,12 @@ void LoadProfile(frmAcctViewEdit& ed, const std::string& name) {
 
   // The used columns and the sort drop-downs built from them: a failure ends the load.
   try {
-    ListUsedColumns(ed, *custom);
+    ListUsedColumns(ed, custom->CurrentNode());
   } catch (const std::exception& e) {
     ShowLoadError(ed, e);
     FillDeferredFilters(ed);
     return;
   }
-  // Walking the columns left the custom cursor below the record; the steps
-  // after it read the record again.
-  base->SetCurrentNode(base_node);
-  custom->SetCurrentNode(custom_node);
-
   // A name that is not a used column leaves the first entry.
   for (ui::ComboBox& sort : ed.cmbSort) ResumeNext([&] { sort.SetListIndex(0); });
   ResumeNext([&] { ed.cmbSort[0].SetText(sort_by); });

@@ -3,11 +3,54 @@
 // any state. Failures go to the caller as cvve::Error: used columns whose
 // sort fields are all empty or "$"-led, a checked filter whose group number
 // is outside 0..100, a checked filter whose tag has fewer than five fields.
+#include <array>
+#include <cstdint>
 #include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "ui/list_view.h"
 
 namespace cvve {
 
 class frmAcctViewEdit;
+class DocumentCursor;
+
+// The column definitions' texts the statements have asked for, kept for the
+// statements of many profiles. The editor never changes the setup file's
+// records in place; another setup file (or the same loaded again) empties it.
+class ColumnMemo {
+ public:
+  // ColumnAttributeOf(ed, data_set, column, element), read once.
+  const std::string& Attribute(frmAcctViewEdit& ed, const std::string& data_set,
+                               const std::string& column, const char* element);
+
+ private:
+  const DocumentCursor* setup_ = nullptr;
+  std::uint64_t generation_ = 0;
+  std::string key_;  // reused: data set, column and element, NUL-separated
+  std::unordered_map<std::string, std::string> texts_;
+};
+
+// What the statements read of a loaded profile: the controls as the load
+// left them (StatementInputsOf), or the same values taken straight from the
+// profile's record without filling the controls. The editor gives the column
+// definitions, the data sets' templates and the prompter either way.
+struct StatementInputs {
+  frmAcctViewEdit* ed = nullptr;
+  std::string data_set;  // cmbDataSet
+  const std::vector<std::string>* used_columns = nullptr;  // lstUsedColumns
+  // lstFilters' columns and rows; only the checked rows are read.
+  const std::vector<ui::ListColumn>* filter_columns = nullptr;
+  const std::vector<ui::ListItem>* filter_rows = nullptr;
+  bool advanced = false;                        // the advanced filter option is set
+  const std::string* data_set_sql = nullptr;    // DataSetSQL
+  std::array<std::string, 2> sort, direction;  // cmbSort and cmbSortASCDESC
+  bool group = false;                           // chkSortGroup
+  ColumnMemo* columns = nullptr;  // when given, column definitions are read through it
+};
+// The controls' values; the pointers point into `ed`.
+StatementInputs StatementInputsOf(frmAcctViewEdit& ed);
 
 // The used columns' sort fields joined with "," ("$"-led and empty ones left
 // out). No used column: shows "You have not selected any fields/columns."
@@ -39,6 +82,8 @@ struct ProfileStatements {
 // the same messages shown; the field list and the where list, which the view
 // and report statements build again, are built once.
 ProfileStatements BuildProfileStatements(frmAcctViewEdit& ed);
+// The same from given inputs, with the same messages.
+ProfileStatements BuildProfileStatements(const StatementInputs& in);
 // The report engine's name of a field: table prefixes dropped, "INV_INFO." put in front.
 std::string QualifyReportField(const std::string& field);
 // The template of the data set chosen in cmbDataSet as the setup file gives

@@ -23,6 +23,8 @@ XmlNode RequireCurrent(XmlNode node) {
   return node;
 }
 
+}  // namespace
+
 XmlNode FirstChildElement(XmlNode parent, const std::string& name) {
   const char first = name.empty() ? '\0' : name[0];
   for (XmlNode child = parent.first_child(); child; child = child.next_sibling()) {
@@ -33,6 +35,8 @@ XmlNode FirstChildElement(XmlNode parent, const std::string& name) {
   }
   return {};
 }
+
+namespace {
 
 XmlNode ChildForWriting(XmlNode current, const std::string& name) {
   RequireCurrent(current);
@@ -135,16 +139,29 @@ void DocumentCursor::SetValueBlock(const std::string& name, const std::string& v
 
 namespace {
 
-std::size_t NameSlot(const char* name, std::size_t slots) {
-  std::size_t hash = 14695981039346656037ULL;
-  for (; *name; ++name) hash = (hash ^ static_cast<unsigned char>(*name)) * 1099511628211ULL;
+// Element names of a record differ in their length, first, fourth or last
+// letter ("Var0Name" against "Var1Name", "SortBy" against "SortBy2"); the
+// few that share all four are told apart by a compare.
+std::size_t NameSlot(const char* name, std::size_t length, std::size_t slots) {
+  if (length == 0) return 0;
+  const auto at = [&](std::size_t i) { return static_cast<unsigned char>(name[i]); };
+  const std::size_t hash =
+      length * 131 + at(0) * 31 + at(length < 4 ? length - 1 : 3) * 7 + at(length - 1);
   return hash & (slots - 1);
 }
 
 }  // namespace
 
 std::string RecordValues::Get(const DocumentCursor& cursor, const std::string& name) {
-  const XmlNode current = RequireCurrent(cursor.CurrentNode());
+  return Get(cursor.CurrentNode(), name);
+}
+
+std::string RecordValues::Get(XmlNode record, const std::string& name) {
+  return NodeText(Element(record, name));
+}
+
+XmlNode RecordValues::Element(XmlNode record, const std::string& name) {
+  const XmlNode current = RequireCurrent(record);
   if (current != record_) {
     record_ = current;
     first_.fill(XmlNode());
@@ -153,17 +170,18 @@ std::string RecordValues::Get(const DocumentCursor& cursor, const std::string& n
     for (XmlNode child = current.first_child(); child && !walk_; child = child.next_sibling()) {
       if (child.type() != pugi::node_element) continue;
       walk_ = ++count > kSlots / 2;
-      std::size_t slot = NameSlot(child.name(), kSlots);
-      while (first_[slot] && std::strcmp(first_[slot].name(), child.name()) != 0) {
+      const char* element = child.name();
+      std::size_t slot = NameSlot(element, std::strlen(element), kSlots);
+      while (first_[slot] && std::strcmp(first_[slot].name(), element) != 0) {
         slot = (slot + 1) % kSlots;
       }
       if (!first_[slot]) first_[slot] = child;  // a later element of the name is not read
     }
   }
-  if (walk_) return NodeText(FirstChildElement(current, name));
-  for (std::size_t slot = NameSlot(name.c_str(), kSlots); first_[slot];
+  if (walk_) return FirstChildElement(current, name);
+  for (std::size_t slot = NameSlot(name.c_str(), name.size(), kSlots); first_[slot];
        slot = (slot + 1) % kSlots) {
-    if (name == first_[slot].name()) return NodeText(first_[slot]);
+    if (name == first_[slot].name()) return first_[slot];
   }
   return {};
 }

@@ -84,6 +84,11 @@ class RecordValues {
  public:
   // cursor.GetValue(name), with the same error when the cursor has no node.
   std::string Get(const DocumentCursor& cursor, const std::string& name);
+  // The same for a cursor standing on `record`.
+  std::string Get(XmlNode record, const std::string& name);
+  // The element whose text Get(record, name) gives: the first child element
+  // called `name`, empty when none. Throws as Get does for an empty record.
+  XmlNode Element(XmlNode record, const std::string& name);
 
  private:
   // Open addressing by name, no allocation; a record of more elements than
@@ -99,6 +104,9 @@ class RecordValues {
 // Nodes selected by a path expression relative to `context`; empty when the
 // expression does not compile (a name with an apostrophe) or `context` is empty.
 std::vector<XmlNode> SelectNodes(XmlNode context, const std::string& xpath);
+// The first child element called `name` (not a comment or instruction of
+// that name), as GoToChild finds it; empty when none or `parent` is empty.
+XmlNode FirstChildElement(XmlNode parent, const std::string& name);
 // The first of those, or an empty node.
 XmlNode SelectSingleNode(XmlNode context, const std::string& xpath);
 // As SelectSingleNode, but an expression that does not compile is an error

@@ -48,4 +48,15 @@ XmlNode FindProfileElement(const DocumentCursor& cursor, const std::string& name
   return {};
 }
 
+void UsedColumnNames(XmlNode columns, std::vector<std::string>& names) {
+  std::size_t count = 0;
+  for (XmlNode column = FirstChildElement(columns, "Column"); column; column = NextSibling(column)) {
+    const XmlNode name = column.child("Name");
+    if (!name) continue;
+    if (names.size() == count) names.emplace_back();
+    names[count++] = NodeText(name);
+  }
+  names.resize(count);
+}
+
 }  // namespace cvve

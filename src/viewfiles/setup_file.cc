@@ -99,17 +99,17 @@ void LoadTabs(frmAcctViewEdit& ed) {
 
 namespace {
 
-std::string ColumnPath(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  return "./" + DataSetPath(ed.cmbDataSet.Text()) + "/Columns/Column[Name='" + sColumnName + "']";
+std::string ColumnPath(const std::string& data_set, const std::string& sColumnName) {
+  return "./" + DataSetPath(data_set) + "/Columns/Column[Name='" + sColumnName + "']";
 }
 
 // The column's definition through the data set's index; a name with an
 // apostrophe changes the expression itself, so it goes through the
 // expression, which with `fail` throws when it does not compile.
-XmlNode FindColumn(frmAcctViewEdit& ed, const std::string& sColumnName, bool fail) {
-  const std::string& data_set = ed.cmbDataSet.Text();
+XmlNode FindColumn(frmAcctViewEdit& ed, const std::string& data_set,
+                   const std::string& sColumnName, bool fail) {
   if (data_set.find('\'') != std::string::npos || sColumnName.find('\'') != std::string::npos) {
-    const std::string path = ColumnPath(ed, sColumnName);
+    const std::string path = ColumnPath(data_set, sColumnName);
     return fail ? SelectSingleNodeOrFail(ed.SetupDoc.Root(), path)
                 : SelectSingleNode(ed.SetupDoc.Root(), path);
   }
@@ -119,13 +119,18 @@ XmlNode FindColumn(frmAcctViewEdit& ed, const std::string& sColumnName, bool fai
 }  // namespace
 
 XmlNode SelectColumn(frmAcctViewEdit& ed, const std::string& sColumnName) {
-  return FindColumn(ed, sColumnName, false);
+  return FindColumn(ed, ed.cmbDataSet.Text(), sColumnName, false);
+}
+
+std::string ColumnAttributeOf(frmAcctViewEdit& ed, const std::string& data_set,
+                              const std::string& sColumnName, const char* element) {
+  XmlNode column = FindColumn(ed, data_set, sColumnName, false);
+  return column ? LastChildText(column, element) : std::string();
 }
 
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,
                             const char* element) {
-  XmlNode column = SelectColumn(ed, sColumnName);
-  return column ? LastChildText(column, element) : std::string();
+  return ColumnAttributeOf(ed, ed.cmbDataSet.Text(), sColumnName, element);
 }
 
 std::string ColumnField(frmAcctViewEdit& ed, const std::string& sColumnName) {
@@ -156,7 +161,7 @@ void WriteProfileColumns(frmAcctViewEdit& ed) {
   // the record is touched (it would otherwise vanish from the profile unnoticed).
   std::vector<XmlNode> definitions;
   for (const std::string& name : ed.lstUsedColumns.Items()) {
-    definitions.push_back(FindColumn(ed, name, true));
+    definitions.push_back(FindColumn(ed, ed.cmbDataSet.Text(), name, true));
   }
   DocumentCursor& views = ed.ViewsDoc;
   views.SetCurrentNode(profile);

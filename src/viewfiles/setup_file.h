@@ -34,6 +34,10 @@ std::string ColumnFieldFormat(frmAcctViewEdit& ed, const std::string& sColumnNam
 // Any other child of a column definition by element name (width, alignment).
 std::string ColumnAttribute(frmAcctViewEdit& ed, const std::string& sColumnName,
                             const char* element);
+// As ColumnAttribute, among the columns of the data set called `data_set`
+// rather than the one chosen in cmbDataSet.
+std::string ColumnAttributeOf(frmAcctViewEdit& ed, const std::string& data_set,
+                              const std::string& sColumnName, const char* element);
 // Copy the used columns' definitions and the checked tabs into the current
 // profile record; nothing happens without one.
 void WriteProfileColumns(frmAcctViewEdit& ed);

@@ -89,32 +89,42 @@ TEST(FilterListTest, RowsFromDefinitionsWithDefaultsAndColours) {
 }
 
 TEST(FilterListTest, SavedStateOverDefaultsAndOddDefinitions) {
-  HeadlessEditor h;
-  h.Open(ViewsWithChecks(Check("1", "True", "45") + Check("2", "False", "", "07/04/2020") +
-                         Check("3", "maybe", "") + Check("3", "True", "second entry")),
-         "", kSetup);
-  ExpectRows(h->lstFilters, {{"Status is", "1", true, "is", "45", "unused", ""},
-                             {"Due between", "2", false, "from", "01/01/2020", "to", "07/04/2020"},
-                             {"Active only", "3", false, "", "", "", ""},
-                             {"Bare", "4", false, "", "", "", ""}});
+  // A few saved entries, and the same behind many that match no row: the
+  // first entry of a key counts either way.
+  for (int padding : {0, 24}) {
+    SCOPED_TRACE(padding);
+    std::string unmatched;
+    for (int i = 0; i < padding; ++i) unmatched += Check("x" + std::to_string(i), "False", "");
+    HeadlessEditor h;
+    h.Open(ViewsWithChecks(unmatched + Check("1", "True", "45") +
+                           Check("2", "False", "", "07/04/2020") + Check("3", "maybe", "") +
+                           Check("3", "True", "second entry") + Check("1", "False", "later")),
+           "", kSetup);
+    ExpectRows(h->lstFilters,
+               {{"Status is", "1", true, "is", "45", "unused", ""},
+                {"Due between", "2", false, "from", "01/01/2020", "to", "07/04/2020"},
+                {"Active only", "3", false, "", "", "", ""},
+                {"Bare", "4", false, "", "", "", ""}});
 
-  HeadlessEditor odd;
-  odd.Open(ViewsFile({{"P", "<DataSet>D</DataSet><FilterChecks>" + Check("o'k", "True", "9") +
-                                Check("", "True", "8") + "</FilterChecks>"}}),
-           "",
-           "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes>"
-           "<DataSets><DataSet><Name>D</Name><Filters>"
-           "<Filter><Name>A</Name><Index>o'k</Index><InputNum>1</InputNum><Defaults>1</Defaults>"
-           "</Filter><Filter><Name>B</Name><Index>o'k</Index><InputNum>3</InputNum></Filter>"
-           "<Filter><Name>C</Name><Index>c</Index><InputNum>2</InputNum><Defaults>a|b|c"
-           "</Defaults></Filter></Filters></DataSet></DataSets></ViewSetup>");
-  // An apostrophe in the key finds no saved entry; a repeated key leaves the
-  // second row without one, which then finds the entry of the empty index.
-  ExpectRows(odd->lstFilters, {{"A", "o'k", false, "", "1", "", ""},
-                               {"B", "", true, "", "8", "", ""},
-                               {"C", "c", false, "", "a", "", "b"}});
-  EXPECT_EQ(odd->FilterRowInputCount, (std::vector<std::int16_t>{1, 3, 2, 0}));
-  EXPECT_EQ(odd->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0, 0xC0FFFF, 0}));
+    HeadlessEditor odd;
+    odd.Open(ViewsFile({{"P", "<DataSet>D</DataSet><FilterChecks>" + Check("o'k", "True", "9") +
+                                  unmatched + Check("", "True", "8") + Check("", "False", "7") +
+                                  "</FilterChecks>"}}),
+             "",
+             "<ViewSetup><RootNodes><Root><Index>0</Index><Name>F</Name></Root></RootNodes>"
+             "<DataSets><DataSet><Name>D</Name><Filters>"
+             "<Filter><Name>A</Name><Index>o'k</Index><InputNum>1</InputNum><Defaults>1"
+             "</Defaults></Filter><Filter><Name>B</Name><Index>o'k</Index><InputNum>3</InputNum>"
+             "</Filter><Filter><Name>C</Name><Index>c</Index><InputNum>2</InputNum><Defaults>a|b|c"
+             "</Defaults></Filter></Filters></DataSet></DataSets></ViewSetup>");
+    // An apostrophe in the key finds no saved entry; a repeated key leaves the
+    // second row without one, which then finds the entry of the empty index.
+    ExpectRows(odd->lstFilters, {{"A", "o'k", false, "", "1", "", ""},
+                                 {"B", "", true, "", "8", "", ""},
+                                 {"C", "c", false, "", "a", "", "b"}});
+    EXPECT_EQ(odd->FilterRowInputCount, (std::vector<std::int16_t>{1, 3, 2, 0}));
+    EXPECT_EQ(odd->FilterRowColor, (std::vector<std::int32_t>{0xC0FFFF, 0, 0xC0FFFF, 0}));
+  }
 }
 
 TEST(FilterListTest, MissingFiltersElementIsReportedOncePerLoadFiles) {

@@ -143,11 +143,14 @@ TEST(RecordValuesTest, ReadsWhatGetValueReadsOnEveryRecordShape) {
   ASSERT_TRUE(doc.LoadText(
       "<R><P><A>1</A><!-- c --><B>two<X>!</X></B><A>later</A><C><![CDATA[<c>]]></C><D/>"
       "<?pi p?><a>low</a><AA>double</AA></P>"
-      "<P><B>second</B></P>" +
+      "<P><B>second</B></P>"
+      // Names alike in length and in their first, fourth and last letters.
+      "<P><K1aXz>1</K1aXz><K2bXz>2</K2bXz><K3cXz>3</K3cXz><K2bXz>again</K2bXz><Kz>z</Kz></P>" +
       WideRecord(200) + "<P/></R>"));
   const std::vector<std::string> names = {"A",  "B",  "C",   "D",    "a",    "AA", "X",
                                           "",   "Z",  "E0",  "E127", "E128", "E199",
-                                          "E200", std::string("A\0B", 3)};
+                                          "E200", std::string("A\0B", 3), "K1aXz", "K2bXz",
+                                          "K3cXz", "K9zXz", "Kz"};
   RecordValues values;
   std::vector<XmlNode> records;
   for (XmlNode p = doc.Root().first_child(); p; p = p.next_sibling()) records.push_back(p);
