@@ -1,33 +1,9 @@
 #include "reportengine/cell_cache.h"
 
 #include <cstring>
+#include <xxhash.h>
 
 namespace cvve::reportengine {
-
-namespace {
-
-std::uint64_t Mixed(std::uint64_t bits) {
-  bits ^= bits >> 33;
-  bits *= 0xff51afd7ed558ccdULL;
-  bits ^= bits >> 33;
-  return bits;
-}
-
-// Only picks a slot (the key is compared whole): the first and the last
-// eight bytes and the length, read as words rather than byte by byte.
-std::uint64_t TextHash(std::string_view text) {
-  std::uint64_t head = 0;
-  std::uint64_t tail = 0;
-  if (text.size() >= 8) {
-    std::memcpy(&head, text.data(), 8);
-    std::memcpy(&tail, text.data() + text.size() - 8, 8);
-  } else if (!text.empty()) {
-    std::memcpy(&head, text.data(), text.size());
-  }
-  return Mixed(head ^ Mixed(tail + text.size()));
-}
-
-}  // namespace
 
 QString CellCache::Format(const SqlValue& value) {
   if (!looking_ || value.type == SqlValue::Type::kNull ||
@@ -43,7 +19,8 @@ QString CellCache::Format(const SqlValue& value) {
   // The type takes part: an integer and a real of the same bits keep
   // slots of their own.
   const std::uint64_t hash =
-      (value.type == SqlValue::Type::kText ? TextHash(value.text) : Mixed(number)) +
+      (value.type == SqlValue::Type::kText ? XXH3_64bits(value.text.data(), value.text.size())
+                                           : XXH3_64bits(&number, sizeof number)) +
       static_cast<std::uint64_t>(value.type);
   Slot& slot = slots_[(hash ^ (hash >> 32)) % kSlots];
   ++lookups_;

@@ -258,10 +258,7 @@ bool ShowsMissingFilters(const frmAcctViewEdit& ed, const FilterRowTemplates::Te
 }  // namespace
 
 void FilterRowTemplates::Follow(const DocumentCursor& setup) {
-  if (setup_ == &setup && generation_ == setup.Generation()) return;
-  by_data_set_.clear();
-  setup_ = &setup;
-  generation_ = setup.Generation();
+  if (setup_.Moved(setup)) by_data_set_.clear();
 }
 
 const FilterRowTemplates::Template* FilterRowTemplates::Find(const DocumentCursor& setup,

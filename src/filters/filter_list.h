@@ -39,8 +39,7 @@ class FilterRowTemplates {
   // Forgets the templates when `setup` is another file or was loaded again.
   void Follow(const DocumentCursor& setup);
 
-  const DocumentCursor* setup_ = nullptr;
-  std::uint64_t generation_ = 0;
+  DocumentStamp setup_;
   std::map<std::string, Template, std::less<>> by_data_set_;
 };
 

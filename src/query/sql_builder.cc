@@ -315,11 +315,7 @@ std::string QualifyReportField(const std::string& field) {
 
 const std::string& ColumnMemo::Attribute(frmAcctViewEdit& ed, const std::string& data_set,
                                          const std::string& column, const char* element) {
-  if (setup_ != &ed.SetupDoc || generation_ != ed.SetupDoc.Generation()) {
-    texts_.clear();
-    setup_ = &ed.SetupDoc;
-    generation_ = ed.SetupDoc.Generation();
-  }
+  if (setup_.Moved(ed.SetupDoc)) texts_.clear();
   key_.assign(data_set).push_back('\0');
   key_.append(column).push_back('\0');
   key_.append(element);

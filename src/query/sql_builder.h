@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "ui/list_view.h"
+#include "viewfiles/document_cursor.h"
 
 namespace cvve {
 
 class frmAcctViewEdit;
-class DocumentCursor;
 
 // The column definitions' texts the statements have asked for, kept for the
 // statements of many profiles. The editor never changes the setup file's
@@ -26,8 +26,7 @@ class ColumnMemo {
                                const std::string& column, const char* element);
 
  private:
-  const DocumentCursor* setup_ = nullptr;
-  std::uint64_t generation_ = 0;
+  DocumentStamp setup_;
   std::string key_;  // reused: data set, column and element, NUL-separated
   std::unordered_map<std::string, std::string> texts_;
 };

@@ -75,6 +75,24 @@ class DocumentCursor {
   std::uint64_t generation_ = 0;
 };
 
+// Which loaded document a cache was made from, so that it can empty itself
+// when asked about another document or the same one loaded again.
+class DocumentStamp {
+ public:
+  // True when `doc` is not the document of the last call, or was loaded
+  // again since; the stamp is `doc`'s from then on.
+  bool Moved(const DocumentCursor& doc) {
+    if (doc_ == &doc && generation_ == doc.Generation()) return false;
+    doc_ = &doc;
+    generation_ = doc.Generation();
+    return true;
+  }
+
+ private:
+  const DocumentCursor* doc_ = nullptr;
+  std::uint64_t generation_ = 0;
+};
+
 // Reads a record's values as DocumentCursor::GetValue does, but finds each
 // value's element through one pass over the record's children instead of a
 // walk per value: loading a profile reads some 45 values of a record of 40-odd

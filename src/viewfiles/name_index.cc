@@ -94,11 +94,7 @@ void ProfileIndex::Added(XmlNode record) {
 
 const ColumnIndex::Entry& ColumnIndex::For(const DocumentCursor& setup,
                                             const std::string& data_set) {
-  if (doc_ != &setup || generation_ != setup.Generation()) {
-    by_data_set_.clear();
-    doc_ = &setup;
-    generation_ = setup.Generation();
-  }
+  if (stamp_.Moved(setup)) by_data_set_.clear();
   const auto known = by_data_set_.find(data_set);
   if (known != by_data_set_.end()) return known->second;
   Entry& entry = by_data_set_[data_set];

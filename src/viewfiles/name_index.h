@@ -87,8 +87,7 @@ class ColumnIndex {
     std::size_t operator()(std::string_view s) const { return std::hash<std::string_view>{}(s); }
   };
   std::unordered_map<std::string, Entry, Hash, std::equal_to<>> by_data_set_;
-  const DocumentCursor* doc_ = nullptr;
-  std::uint64_t generation_ = 0;
+  DocumentStamp stamp_;
 };
 
 }  // namespace cvve
